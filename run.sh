@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds the release configuration and starts the rules editor.
+set -euo pipefail
+cd "$(dirname "$0")"
+scripts/install-deps.sh
+
+build=build/release
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$build"
+
+editor="$build/src/qvrasci-ruled/qvraci-ruled"
+if [[ ! -x "$editor" ]]; then
+  echo "run.sh: the rules editor (qvraci-ruled) is not part of this build yet;" >&2
+  echo "run.sh: the libraries built in $build, and ./test.sh runs their tests." >&2
+  exit 1
+fi
+exec "$editor" "$@"

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the project needs; does nothing when all are present.
+#   scripts/install-deps.sh            build and test dependencies
+#   scripts/install-deps.sh --tables   also the table sources used by tools/gentables.py
+set -euo pipefail
+
+build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcairo2-dev
+       libpango1.0-dev fonts-dejavu-core)
+tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
+       clang libfuzzer-14-dev clang-format)
+tables=(locales unicode-data python3)
+
+wanted=("${build[@]}" "${tests[@]}")
+[[ "${1:-}" == "--tables" ]] && wanted+=("${tables[@]}")
+
+missing=()
+for pkg in "${wanted[@]}"; do
+  status=$(dpkg-query -W -f='${db:Status-Status}' "$pkg" 2>/dev/null || true)
+  [[ "$status" == "installed" ]] || missing+=("$pkg")
+done
+[[ ${#missing[@]} -eq 0 ]] && exit 0
+
+echo "install-deps: installing ${missing[*]}"
+sudo=()
+[[ $(id -u) -eq 0 ]] || sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -q
+"${sudo[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"

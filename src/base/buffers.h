@@ -1,0 +1,200 @@
+// Owned buffers of the base library.
+//
+//   _typebuf<T>   array of plain values with a count. set(n) discards and allocates n
+//                 zeroed elements; reset(n) resizes and keeps the common prefix (new
+//                 elements are zeroed). Indexing outside 0..count-1 throws cException
+//                 "_typebuf::Out of bounds".
+//   _classbuf<T>  the same for objects (default-constructed), "_classbuf::Out of bounds".
+//   _guardchar<T> owned zero-terminated string of char or unsigned short units; an unset
+//                 string reads as empty.
+//
+// All three copy deeply and move cheaply. None is thread-safe.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "except.h"
+
+namespace base_detail {
+[[noreturn]] void throwOutOfBounds(const char* message, unsigned int line);
+} // namespace base_detail
+
+template <class T> class _typebuf {
+  static_assert(std::is_trivially_copyable_v<T>, "_typebuf holds plain values");
+
+public:
+  _typebuf() = default;
+  explicit _typebuf(long long n) { set(n); }
+  _typebuf(const _typebuf& o) { assign(o.myData.get(), o.myCount); }
+  _typebuf(_typebuf&& o) noexcept
+      : myData(std::move(o.myData)), myCount(std::exchange(o.myCount, 0)) {}
+  _typebuf& operator=(const _typebuf& o) {
+    if (this != &o) assign(o.myData.get(), o.myCount);
+    return *this;
+  }
+  _typebuf& operator=(_typebuf&& o) noexcept {
+    myData = std::move(o.myData);
+    myCount = std::exchange(o.myCount, 0);
+    return *this;
+  }
+
+  // Discards the contents and holds n zeroed elements (none for n <= 0).
+  void set(long long n) {
+    myData = n > 0 ? std::make_unique<T[]>(static_cast<size_t>(n)) : nullptr;
+    myCount = n > 0 ? n : 0;
+  }
+  // Resizes to n elements keeping the first min(n, count) of them.
+  void reset(long long n) {
+    if (n <= 0) return clear();
+    auto fresh = std::make_unique<T[]>(static_cast<size_t>(n));
+    if (myCount > 0) std::memcpy(fresh.get(), myData.get(), sizeof(T) * std::min(n, myCount));
+    myData = std::move(fresh);
+    myCount = n;
+  }
+  // Copies n elements from src.
+  void assign(const T* src, long long n) {
+    set(n);
+    if (myCount > 0) std::memcpy(myData.get(), src, sizeof(T) * myCount);
+  }
+  void clear() {
+    myData.reset();
+    myCount = 0;
+  }
+
+  long long count() const { return myCount; }
+  bool empty() const { return myCount == 0; }
+  T* data() { return myData.get(); }
+  const T* data() const { return myData.get(); }
+  T* begin() { return myData.get(); }
+  T* end() { return myData.get() + myCount; }
+  const T* begin() const { return myData.get(); }
+  const T* end() const { return myData.get() + myCount; }
+
+  T& operator[](long long i) { return myData[check(i)]; }
+  const T& operator[](long long i) const { return myData[check(i)]; }
+
+private:
+  size_t check(long long i) const {
+    if (i < 0 || i >= myCount) base_detail::throwOutOfBounds("_typebuf::Out of bounds", 17);
+    return static_cast<size_t>(i);
+  }
+
+  std::unique_ptr<T[]> myData;
+  long long myCount = 0;
+};
+
+template <class T> class _classbuf {
+public:
+  _classbuf() = default;
+  explicit _classbuf(long long n) { set(n); }
+  _classbuf(const _classbuf& o) { *this = o; }
+  _classbuf(_classbuf&& o) noexcept
+      : myData(std::move(o.myData)), myCount(std::exchange(o.myCount, 0)) {}
+  _classbuf& operator=(const _classbuf& o) {
+    if (this == &o) return *this;
+    set(o.myCount);
+    std::copy(o.begin(), o.end(), begin());
+    return *this;
+  }
+  _classbuf& operator=(_classbuf&& o) noexcept {
+    myData = std::move(o.myData);
+    myCount = std::exchange(o.myCount, 0);
+    return *this;
+  }
+
+  void set(long long n) {
+    myData = n > 0 ? std::make_unique<T[]>(static_cast<size_t>(n)) : nullptr;
+    myCount = n > 0 ? n : 0;
+  }
+  void reset(long long n) {
+    if (n <= 0) return clear();
+    auto fresh = std::make_unique<T[]>(static_cast<size_t>(n));
+    std::move(begin(), begin() + std::min(n, myCount), fresh.get());
+    myData = std::move(fresh);
+    myCount = n;
+  }
+  void clear() {
+    myData.reset();
+    myCount = 0;
+  }
+
+  long long count() const { return myCount; }
+  bool empty() const { return myCount == 0; }
+  T* begin() { return myData.get(); }
+  T* end() { return myData.get() + myCount; }
+  const T* begin() const { return myData.get(); }
+  const T* end() const { return myData.get() + myCount; }
+
+  T& operator[](long long i) { return myData[check(i)]; }
+  const T& operator[](long long i) const { return myData[check(i)]; }
+
+private:
+  size_t check(long long i) const {
+    if (i < 0 || i >= myCount) base_detail::throwOutOfBounds("_classbuf::Out of bounds", 18);
+    return static_cast<size_t>(i);
+  }
+
+  std::unique_ptr<T[]> myData;
+  long long myCount = 0;
+};
+
+template <class T> class _guardchar {
+  static_assert(std::is_same_v<T, char> || std::is_same_v<T, unsigned short>,
+                "_guardchar holds 8-bit or UTF-16 text");
+
+public:
+  _guardchar() = default;
+  explicit _guardchar(const T* text) { set(text); }
+  _guardchar(const _guardchar& o) { set(o.myText.get(), o.myLength); }
+  _guardchar(_guardchar&&) noexcept = default;
+  _guardchar& operator=(const _guardchar& o) {
+    if (this != &o) set(o.myText.get(), o.myLength);
+    return *this;
+  }
+  _guardchar& operator=(_guardchar&&) noexcept = default;
+
+  // Copies text up to its terminator; null clears.
+  void set(const T* text) { set(text, text ? measure(text) : 0); }
+  // Copies n units of text and terminates them; null text or n <= 0 leaves it empty.
+  void set(const T* text, long long n) {
+    if (!text || n <= 0) return clear();
+    auto fresh = std::make_unique<T[]>(static_cast<size_t>(n) + 1);
+    std::memcpy(fresh.get(), text, sizeof(T) * static_cast<size_t>(n));
+    fresh[static_cast<size_t>(n)] = 0;
+    myText = std::move(fresh);
+    myLength = n;
+  }
+  // Takes ownership of a buffer of n units plus its terminator, as produced by converters.
+  void adopt(std::unique_ptr<T[]> text, long long n) {
+    myText = std::move(text);
+    myLength = myText ? n : 0;
+  }
+  void clear() {
+    myText.reset();
+    myLength = 0;
+  }
+
+  // The text, "" when unset.
+  const T* c_str() const {
+    static const T none[1] = {0};
+    return myText ? myText.get() : none;
+  }
+  // The units copied in, which stop early only if a copied text held a zero unit.
+  long long length() const { return myLength; }
+  bool empty() const { return myLength == 0; }
+
+private:
+  static long long measure(const T* text) {
+    long long n = 0;
+    while (text[n]) ++n;
+    return n;
+  }
+
+  std::unique_ptr<T[]> myText;
+  long long myLength = 0;
+};

@@ -1,0 +1,87 @@
+#include "tree.h"
+
+cTreeItem::~cTreeItem() {
+  while (myFirstChild) {
+    cTreeItem* next = myFirstChild->myNext;
+    delete myFirstChild;
+    myFirstChild = next;
+  }
+}
+
+int cTreeItem::depth() const {
+  int d = 0;
+  for (const cTreeItem* p = myParent; p && p->myParent; p = p->myParent) ++d;
+  return d;
+}
+
+cTreeItem* cTreeItem::nextInOrder(const cTreeItem* root) const {
+  if (myFirstChild) return myFirstChild;
+  for (const cTreeItem* p = this; p && p != root; p = p->myParent) {
+    if (p->myNext) return p->myNext;
+  }
+  return nullptr;
+}
+
+bool cTreeItem::isWithin(const cTreeItem* ancestor) const {
+  for (const cTreeItem* p = this; p; p = p->myParent) {
+    if (p == ancestor) return true;
+  }
+  return false;
+}
+
+void cTree::link(cTreeItem* parent, cTreeItem* after, cTreeItem* item) {
+  item->myParent = parent;
+  item->myPrev = after;
+  item->myNext = after ? after->myNext : parent->myFirstChild;
+  (item->myNext ? item->myNext->myPrev : parent->myLastChild) = item;
+  (after ? after->myNext : parent->myFirstChild) = item;
+  ++parent->myChildCount;
+}
+
+void cTree::unlink(cTreeItem* item) {
+  cTreeItem* parent = item->myParent;
+  (item->myPrev ? item->myPrev->myNext : parent->myFirstChild) = item->myNext;
+  (item->myNext ? item->myNext->myPrev : parent->myLastChild) = item->myPrev;
+  --parent->myChildCount;
+  item->myParent = item->myNext = item->myPrev = nullptr;
+}
+
+cTreeItem* cTree::add(cTreeItem* parent, std::unique_ptr<cTreeItem> owned) {
+  cTreeItem* slot = parentSlot(parent);
+  cTreeItem* item = owned.release();
+  link(slot, slot->myLastChild, item);
+  return item;
+}
+
+cTreeItem* cTree::insertAfter(cTreeItem* after, std::unique_ptr<cTreeItem> owned) {
+  cTreeItem* item = owned.release();
+  link(after->myParent, after, item);
+  return item;
+}
+
+std::unique_ptr<cTreeItem> cTree::remove(cTreeItem* item) {
+  if (!item || !item->myParent || !item->isWithin(&myRoot)) return nullptr;
+  unlink(item);
+  return std::unique_ptr<cTreeItem>(item);
+}
+
+bool cTree::move(cTreeItem* item, cTreeItem* newParent) {
+  if (!item || !item->myParent || (newParent && newParent->isWithin(item))) return false;
+  unlink(item);
+  cTreeItem* slot = parentSlot(newParent);
+  link(slot, slot->myLastChild, item);
+  return true;
+}
+
+void cTree::destroy() {
+  while (cTreeItem* item = myRoot.myFirstChild) {
+    unlink(item);
+    delete item;
+  }
+}
+
+long long cTree::count() const {
+  long long n = 0;
+  for (const cTreeItem* p = first(); p; p = p->nextInOrder()) ++n;
+  return n;
+}
