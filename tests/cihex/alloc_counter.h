@@ -1,0 +1,4 @@
+// Counts every allocation made through operator new in the test program.
+#pragma once
+
+long allocationCount();
