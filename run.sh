@@ -5,7 +5,7 @@ cd "$(dirname "$0")"
 scripts/install-deps.sh
 
 build=build/release
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQVRACI_TESTS=OFF >/dev/null
 cmake --build "$build"
 
 editor="$build/src/qvrasci-ruled/qvraci-ruled"

@@ -12,7 +12,10 @@ std::string bytesOf(const char* text, long long length = -1) {
   _typebuf<unsigned char> out;
   if (!sHexSearchRule::cnvHexToBytes(out, text, length)) return "FAIL";
   std::string s;
-  for (unsigned char b : out) s += (s.empty() ? "" : " ") + std::to_string(b);
+  for (unsigned char b : out) {
+    if (!s.empty()) s += ' ';
+    s += std::to_string(b);
+  }
   return s;
 }
 
