@@ -24,26 +24,27 @@ namespace base_detail {
 [[noreturn]] void throwOutOfBounds(const char* message, unsigned int line);
 } // namespace base_detail
 
-template <class T> class _typebuf {
-  static_assert(std::is_trivially_copyable_v<T>, "_typebuf holds plain values");
+namespace base_detail {
 
+// The owned array behind _typebuf and _classbuf; Tag names the buffer in bounds errors.
+template <class T, class Tag> class cOwnedBuf {
 public:
-  _typebuf() = default;
-  explicit _typebuf(long long n) { set(n); }
-  _typebuf(const _typebuf& o) { assign(o.myData.get(), o.myCount); }
-  _typebuf(_typebuf&& o) noexcept
+  cOwnedBuf() = default;
+  explicit cOwnedBuf(long long n) { set(n); }
+  cOwnedBuf(const cOwnedBuf& o) { assign(o.begin(), o.myCount); }
+  cOwnedBuf(cOwnedBuf&& o) noexcept
       : myData(std::move(o.myData)), myCount(std::exchange(o.myCount, 0)) {}
-  _typebuf& operator=(const _typebuf& o) {
-    if (this != &o) assign(o.myData.get(), o.myCount);
+  cOwnedBuf& operator=(const cOwnedBuf& o) {
+    if (this != &o) assign(o.begin(), o.myCount);
     return *this;
   }
-  _typebuf& operator=(_typebuf&& o) noexcept {
+  cOwnedBuf& operator=(cOwnedBuf&& o) noexcept {
     myData = std::move(o.myData);
     myCount = std::exchange(o.myCount, 0);
     return *this;
   }
 
-  // Discards the contents and holds n zeroed elements (none for n <= 0).
+  // Discards the contents and holds n value-initialised (zeroed) elements; none for n <= 0.
   void set(long long n) {
     myData = n > 0 ? std::make_unique<T[]>(static_cast<size_t>(n)) : nullptr;
     myCount = n > 0 ? n : 0;
@@ -52,14 +53,14 @@ public:
   void reset(long long n) {
     if (n <= 0) return clear();
     auto fresh = std::make_unique<T[]>(static_cast<size_t>(n));
-    if (myCount > 0) std::memcpy(fresh.get(), myData.get(), sizeof(T) * std::min(n, myCount));
+    std::move(begin(), begin() + std::min(n, myCount), fresh.get());
     myData = std::move(fresh);
     myCount = n;
   }
   // Copies n elements from src.
   void assign(const T* src, long long n) {
     set(n);
-    if (myCount > 0) std::memcpy(myData.get(), src, sizeof(T) * myCount);
+    std::copy(src, src + myCount, begin());
   }
   void clear() {
     myData.reset();
@@ -80,7 +81,7 @@ public:
 
 private:
   size_t check(long long i) const {
-    if (i < 0 || i >= myCount) base_detail::throwOutOfBounds("_typebuf::Out of bounds", 17);
+    if (i < 0 || i >= myCount) throwOutOfBounds(Tag::outOfBounds, Tag::line);
     return static_cast<size_t>(i);
   }
 
@@ -88,59 +89,27 @@ private:
   long long myCount = 0;
 };
 
-template <class T> class _classbuf {
+struct sTypeBufTag {
+  static constexpr const char* outOfBounds = "_typebuf::Out of bounds";
+  static constexpr unsigned int line = 17;
+};
+struct sClassBufTag {
+  static constexpr const char* outOfBounds = "_classbuf::Out of bounds";
+  static constexpr unsigned int line = 18;
+};
+
+} // namespace base_detail
+
+template <class T> class _typebuf : public base_detail::cOwnedBuf<T, base_detail::sTypeBufTag> {
+  static_assert(std::is_trivially_copyable_v<T>, "_typebuf holds plain values");
+
 public:
-  _classbuf() = default;
-  explicit _classbuf(long long n) { set(n); }
-  _classbuf(const _classbuf& o) { *this = o; }
-  _classbuf(_classbuf&& o) noexcept
-      : myData(std::move(o.myData)), myCount(std::exchange(o.myCount, 0)) {}
-  _classbuf& operator=(const _classbuf& o) {
-    if (this == &o) return *this;
-    set(o.myCount);
-    std::copy(o.begin(), o.end(), begin());
-    return *this;
-  }
-  _classbuf& operator=(_classbuf&& o) noexcept {
-    myData = std::move(o.myData);
-    myCount = std::exchange(o.myCount, 0);
-    return *this;
-  }
+  using base_detail::cOwnedBuf<T, base_detail::sTypeBufTag>::cOwnedBuf;
+};
 
-  void set(long long n) {
-    myData = n > 0 ? std::make_unique<T[]>(static_cast<size_t>(n)) : nullptr;
-    myCount = n > 0 ? n : 0;
-  }
-  void reset(long long n) {
-    if (n <= 0) return clear();
-    auto fresh = std::make_unique<T[]>(static_cast<size_t>(n));
-    std::move(begin(), begin() + std::min(n, myCount), fresh.get());
-    myData = std::move(fresh);
-    myCount = n;
-  }
-  void clear() {
-    myData.reset();
-    myCount = 0;
-  }
-
-  long long count() const { return myCount; }
-  bool empty() const { return myCount == 0; }
-  T* begin() { return myData.get(); }
-  T* end() { return myData.get() + myCount; }
-  const T* begin() const { return myData.get(); }
-  const T* end() const { return myData.get() + myCount; }
-
-  T& operator[](long long i) { return myData[check(i)]; }
-  const T& operator[](long long i) const { return myData[check(i)]; }
-
-private:
-  size_t check(long long i) const {
-    if (i < 0 || i >= myCount) base_detail::throwOutOfBounds("_classbuf::Out of bounds", 18);
-    return static_cast<size_t>(i);
-  }
-
-  std::unique_ptr<T[]> myData;
-  long long myCount = 0;
+template <class T> class _classbuf : public base_detail::cOwnedBuf<T, base_detail::sClassBufTag> {
+public:
+  using base_detail::cOwnedBuf<T, base_detail::sClassBufTag>::cOwnedBuf;
 };
 
 template <class T> class _guardchar {

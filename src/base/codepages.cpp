@@ -88,9 +88,11 @@ public:
   }
 
 private:
-  static constexpr int kMax = 40;
-  std::once_flag myOnce[kMax];
-  std::unique_ptr<std::array<unsigned char, 65536>> myMaps[kMax];
+  using tMap = std::array<unsigned char, 65536>;
+  const size_t myCount = static_cast<size_t>(base_tables::simplePageCount);
+  std::unique_ptr<std::once_flag[]> myOnce = std::make_unique<std::once_flag[]>(myCount);
+  std::unique_ptr<std::unique_ptr<tMap>[]> myMaps =
+      std::make_unique<std::unique_ptr<tMap>[]>(myCount);
 };
 
 const unsigned char* reverseMap(int cp) {

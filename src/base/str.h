@@ -12,7 +12,8 @@
 //
 // Bad input never fails a conversion: UTF-8 is read leniently (a byte that does not start
 // a valid two- or three-byte sequence stands for itself, as Latin-1); unmapped units become
-// "?" when encoding into a single-byte page; an unmapped or malformed multi-byte sequence
+// "?" when encoding into a single-byte page, and a byte that such a page leaves unmapped
+// decodes to the unit 0; an unmapped or malformed multi-byte sequence
 // decodes to U+FFFD; a multi-byte sequence cut off by the end of the source is dropped.
 // All functions are thread-safe.
 #pragma once
@@ -126,7 +127,7 @@ int _vswscanf_s(const unsigned short* text, const unsigned short* format, va_lis
 long long _wcslen(const unsigned short* s); // 0 for null
 const unsigned short* _wcschr(const unsigned short* s, unsigned short c);
 const unsigned short* _wcsrchr(const unsigned short* s, unsigned short c);
-int _wcscmp(const unsigned short* a, const unsigned short* b);
+int _wcscmp(const unsigned short* a, const unsigned short* b); // 0 when either is null
 // First occurrence of pattern in text (lengths -1 are measured), or null.
 const unsigned short* _wcsstr(const unsigned short* text, const unsigned short* pattern,
                               long long textLength = -1, long long patternLength = -1);

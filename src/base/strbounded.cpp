@@ -182,7 +182,7 @@ const unsigned short* _wcsrchr(const unsigned short* s, unsigned short c) {
 }
 
 int _wcscmp(const unsigned short* a, const unsigned short* b) {
-  if (!a || !b) return a == b ? 0 : a ? 1 : -1;
+  if (!a || !b) return 0;
   for (;; ++a, ++b) {
     if (*a != *b || !*a) return sign(*a, *b);
   }

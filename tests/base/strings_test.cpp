@@ -187,6 +187,8 @@ TEST(Searching, FirstOccurrenceWithOrWithoutCase) {
   EXPECT_EQ(_wcschr(text, 'q'), nullptr);
   EXPECT_EQ(_wcslen(text), 11);
   EXPECT_EQ(_wcslen(nullptr), 0);
+  EXPECT_EQ(_wcscmp(text, nullptr), 0);
+  EXPECT_EQ(_wcscmp(w(u"ab"), w(u"b")), -1);
 }
 
 TEST(Comparing, CaseInsensitiveThroughLower) {
