@@ -1,10 +1,19 @@
 #include "tree.h"
 
+// Deletes the subtree without recursion, so that no depth can overflow the stack: descend
+// to a leaf, delete it, and go on with its next sibling or climb back to its parent.
 cTreeItem::~cTreeItem() {
-  while (myFirstChild) {
-    cTreeItem* next = myFirstChild->myNext;
-    delete myFirstChild;
-    myFirstChild = next;
+  cTreeItem* p = myFirstChild;
+  while (p) {
+    if (p->myFirstChild) {
+      p = p->myFirstChild;
+      continue;
+    }
+    cTreeItem* parent = p->myParent;
+    cTreeItem* next = p->myNext;
+    parent->myFirstChild = next;
+    delete p;
+    p = next ? next : (parent == this ? nullptr : parent);
   }
 }
 

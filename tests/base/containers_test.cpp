@@ -169,3 +169,17 @@ TEST(Tree, SubtreeWalkStopsAtItsRoot) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(Tree, DeepTreesAreDestroyedWithoutRecursion) {
+  {
+    cTree t;
+    cTreeItem* parent = nullptr;
+    for (int i = 0; i < 200000; ++i) parent = t.add(parent, std::make_unique<sNode>("n"));
+    EXPECT_EQ(parent->depth(), 199999);
+  }
+  EXPECT_EQ(gLive, 0);
+}
+
+} // namespace
