@@ -1,0 +1,175 @@
+#include "customsig.h"
+
+// ---- cScanSignature ---------------------------------------------------------------------
+
+void cScanSignature::create(const char* newName, const char* newExt) {
+  myStrRules.destroy();
+  myEndRules.destroy();
+  name.set(newName);
+  ext.set(newExt);
+}
+
+cScanSigRule* cScanSignature::addStrRule(std::unique_ptr<cScanSigRule> rule) {
+  return static_cast<cScanSigRule*>(myStrRules.add(std::move(rule)));
+}
+
+cScanSigEndRule* cScanSignature::addEndRule(std::unique_ptr<cScanSigEndRule> rule) {
+  return static_cast<cScanSigEndRule*>(myEndRules.add(std::move(rule)));
+}
+
+std::unique_ptr<cScanSigRule> cScanSignature::remove(cScanSigRule* rule) {
+  return std::unique_ptr<cScanSigRule>(
+      static_cast<cScanSigRule*>(myStrRules.remove(rule).release()));
+}
+
+std::unique_ptr<cScanSigEndRule> cScanSignature::remove(cScanSigEndRule* rule) {
+  return std::unique_ptr<cScanSigEndRule>(
+      static_cast<cScanSigEndRule*>(myEndRules.remove(rule).release()));
+}
+
+cScanSigRule* cScanSignature::first_str() const {
+  return static_cast<cScanSigRule*>(myStrRules.first());
+}
+
+cScanSigRule* cScanSignature::next_str(const cScanSigRule* rule) const {
+  return rule ? static_cast<cScanSigRule*>(rule->next()) : nullptr;
+}
+
+cScanSigEndRule* cScanSignature::first_end() const {
+  return static_cast<cScanSigEndRule*>(myEndRules.first());
+}
+
+cScanSigEndRule* cScanSignature::next_end(const cScanSigEndRule* rule) const {
+  return rule ? static_cast<cScanSigEndRule*>(rule->next()) : nullptr;
+}
+
+cScanSigRule* cScanSignature::first_typed_str(int type) const {
+  for (cScanSigRule* r = first_str(); r; r = next_str(r)) {
+    if (r->typeOf() == type) return r;
+  }
+  return nullptr;
+}
+
+cScanSigEndRule* cScanSignature::first_typed_end(int type) const {
+  for (cScanSigEndRule* r = first_end(); r; r = next_end(r)) {
+    if (r->typeOf() == type) return r;
+  }
+  return nullptr;
+}
+
+cScanSigEndRuleMatchSize* cScanSignature::getSizeEndRule() const {
+  return static_cast<cScanSigEndRuleMatchSize*>(first_typed_end(1));
+}
+
+bool cScanSignature::match(const unsigned char* data, unsigned int size, unsigned int avail,
+                           unsigned long long pos) {
+  if (!hasStrRules()) return false;
+  for (cScanSigRule* r = first_str(); r; r = next_str(r)) {
+    const bool hit = r->match(data, size, avail);
+    if (allRules && !hit) return false;
+    if (!allRules && hit) {
+      matchNotify(data, pos, avail); // in ANY mode an unreadable size field is no veto
+      return true;
+    }
+  }
+  return allRules && matchNotify(data, pos, avail);
+}
+
+bool cScanSignature::matchNotify(const unsigned char* data, unsigned long long pos,
+                                 unsigned int avail) {
+  startPos = pos;
+  cScanSigEndRuleMatchSize* size = getSizeEndRule();
+  return !size || size->init(data, avail);
+}
+
+bool cScanSignature::shouldEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+                               unsigned long long pos, unsigned int& endOffset) {
+  if (startPos == kNoFile) {
+    endOffset = 0;
+    return true;
+  }
+  for (cScanSigEndRule* r = first_end(); r; r = next_end(r)) {
+    if (r->match(data, size, avail, pos - startPos, endOffset)) {
+      startPos = kNoFile;
+      return true;
+    }
+  }
+  return false;
+}
+
+// ---- cCustomSignaturesTree --------------------------------------------------------------
+
+cScanSignature* cCustomSignaturesTree::find_match(const unsigned char* data, unsigned int size,
+                                                  unsigned int avail, unsigned long long pos) {
+  if (!firstSig()) return nullptr;
+  cScanSignature* found = find_match_level(firstSig(), data, size, avail, pos);
+  return found && found->hitMode != cScanSignature::hmNever ? found : nullptr;
+}
+
+cScanSignature* cCustomSignaturesTree::find_match_level(cScanSignature* first,
+                                                        const unsigned char* data,
+                                                        unsigned int size, unsigned int avail,
+                                                        unsigned long long pos) {
+  for (cScanSignature* node = first; node; node = node->nextSig()) {
+    const unsigned char* d = data; // every sibling starts from the level's own range
+    unsigned int s = size, a = avail;
+    if (node->subset) {
+      const unsigned int at = node->subset->subset(d, a);
+      // A subset that is not found leaves the range as it is; one past the range skips.
+      if (at != cScanSigSubset::kNotFound) {
+        if (at >= s || at >= a) continue;
+        d += at;
+        s -= at;
+        a -= at;
+      }
+    }
+    cScanSignature* child = node->firstChildSig();
+    if (node->hasStrRules()) {
+      if (!node->match(d, s, a, pos)) continue;
+      node->matchNotify(d, pos, a);
+      if (child) {
+        if (cScanSignature* deeper = find_match_level(child, d, s, a, pos)) return deeper;
+      }
+      return node;
+    }
+    if (child) {
+      if (cScanSignature* deeper = find_match_level(child, d, s, a, pos)) return deeper;
+    }
+  }
+  return nullptr;
+}
+
+bool cCustomSignaturesTree::shouldEnd(cScanSignature* node, const unsigned char* data,
+                                      unsigned int size, unsigned int avail, unsigned long long pos,
+                                      unsigned int& endOffset) {
+  for (cScanSignature* n = node; n; n = n->parentSig()) {
+    if (n->hasEndRules() && n->shouldEnd(data, size, avail, pos, endOffset)) return true;
+  }
+  return false;
+}
+
+void cCustomSignaturesTree::enumTerminalRules(const cScanSignature* first, int& count) const {
+  for (const cScanSignature* row = first; row; row = row->nextSig()) {
+    for (const cTreeItem* p = row; p; p = p->nextInOrder(row)) {
+      if (static_cast<const cScanSignature*>(p)->hitMode > cScanSignature::hmNever) ++count;
+    }
+  }
+}
+
+unsigned int cCustomSignaturesTree::numRules() const {
+  int count = 0;
+  enumTerminalRules(firstSig(), count);
+  return static_cast<unsigned int>(count);
+}
+
+void cCustomSignaturesTree::resetExtID_level(cScanSignature* first) {
+  for (cScanSignature* row = first; row; row = row->nextSig()) {
+    for (cTreeItem* p = row; p; p = p->nextInOrder(row)) {
+      static_cast<cScanSignature*>(p)->extVFID = -1;
+    }
+  }
+}
+
+void cCustomSignaturesTree::resetExtVFIDs() {
+  resetExtID_level(firstSig());
+}

@@ -1,0 +1,97 @@
+// The definition tree: containers and file-type definitions, and the matching interface
+// a scanning engine uses.
+//
+// A cScanSignature owns its content rules, end rules and subset. The tree owns its nodes.
+// Matching writes per-node state (startPos, the size rule's computed size), so one tree
+// serves one scan at a time, on one thread. Matching allocates nothing.
+//
+// Every block is given as data, size (the range in which searched items may start) and
+// avail (the bytes readable from data for items at fixed positions); data must hold
+// max(size, avail) bytes.
+#pragma once
+
+#include <memory>
+
+#include "base/buffers.h"
+#include "base/list.h"
+#include "base/tree.h"
+#include "csigendrules.h"
+#include "csigstrrules.h"
+#include "cssubset.h"
+
+class cScanSignature : public cTreeItem {
+public:
+  static constexpr unsigned long long kNoFile = ~0ULL; // startPos while no file is open
+  enum eHitMode { hmNever = 0, hmPassive = 1, hmActive = 2 };
+
+  // Empties both rule lists, destroying their rules, and sets name and extension.
+  void create(const char* name, const char* ext);
+
+  cScanSigRule* addStrRule(std::unique_ptr<cScanSigRule> rule);
+  cScanSigEndRule* addEndRule(std::unique_ptr<cScanSigEndRule> rule);
+  std::unique_ptr<cScanSigRule> remove(cScanSigRule* rule); // null if not this node's
+  std::unique_ptr<cScanSigEndRule> remove(cScanSigEndRule* rule);
+
+  cScanSigRule* first_str() const;
+  cScanSigRule* next_str(const cScanSigRule* rule) const; // null for null
+  cScanSigEndRule* first_end() const;
+  cScanSigEndRule* next_end(const cScanSigEndRule* rule) const;
+  cScanSigRule* first_typed_str(int type) const;
+  cScanSigEndRule* first_typed_end(int type) const;
+  bool hasStrRules() const { return !myStrRules.empty(); }
+  bool hasEndRules() const { return !myEndRules.empty(); }
+  cScanSigEndRuleMatchSize* getSizeEndRule() const;
+
+  // True when the content rules hit (all of them, or any, by allRules).
+  bool match(const unsigned char* data, unsigned int size, unsigned int avail,
+             unsigned long long pos);
+  // Records a hit at pos and reads the size field, if the node has one (false when it
+  // cannot be read).
+  bool matchNotify(const unsigned char* data, unsigned long long pos, unsigned int avail);
+  // True when the open file ends in this block (at once, at offset 0, when none is open).
+  bool shouldEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+                 unsigned long long pos, unsigned int& endOffset);
+
+  cScanSignature* parentSig() const { return static_cast<cScanSignature*>(parent()); }
+  cScanSignature* firstChildSig() const { return static_cast<cScanSignature*>(firstChild()); }
+  cScanSignature* nextSig() const { return static_cast<cScanSignature*>(next()); }
+
+  _guardchar<char> ext;  // extension of found files
+  _guardchar<char> name; // file-type name
+  unsigned long long startPos = kNoFile;
+  long long extVFID = -1; // the scanning engine's identifier; -1 unassigned
+  int hitMode = hmActive;
+  std::unique_ptr<cScanSigSubset> subset;
+  bool allRules = true; // ALL own content rules must hit, else ANY
+
+private:
+  cList myStrRules; // of cScanSigRule
+  cList myEndRules; // of cScanSigEndRule
+};
+
+class cCustomSignaturesTree : public cTree {
+public:
+  // Matching recurses once per level of the tree; the rules file refuses deeper trees.
+  static constexpr int kMaxDepth = 1024;
+
+  cScanSignature* add(cScanSignature* parent, std::unique_ptr<cScanSignature> node) {
+    return static_cast<cScanSignature*>(cTree::add(parent, std::move(node)));
+  }
+  cScanSignature* firstSig() const { return static_cast<cScanSignature*>(first()); }
+
+  // The definition that recognises a file start in this block, or null (also when the
+  // node found is a container).
+  cScanSignature* find_match(const unsigned char* data, unsigned int size, unsigned int avail,
+                             unsigned long long pos);
+  cScanSignature* find_match_level(cScanSignature* first, const unsigned char* data,
+                                   unsigned int size, unsigned int avail, unsigned long long pos);
+  // True when the file that node opened ends here, by its own end rules or, failing
+  // those, by its ancestors' (the nearest first).
+  bool shouldEnd(cScanSignature* node, const unsigned char* data, unsigned int size,
+                 unsigned int avail, unsigned long long pos, unsigned int& endOffset);
+
+  unsigned int numRules() const; // nodes that are not containers
+  void enumTerminalRules(const cScanSignature* first, int& count) const;
+  void resetExtVFIDs();
+  void resetExtID_level(cScanSignature* first);
+};
