@@ -164,28 +164,24 @@ std::unique_ptr<cScanSigEndRule> cScanSigEndRuleIsUniStrEnd::clone() const {
 // ---- 7: Advanced/HEX --------------------------------------------------------------------
 
 bool cScanSigEndRuleUniHex::create(const char* text, unsigned int distance) {
-  sHexSearchRule::_pattern pattern;
-  if (!sHexSearchRule::cnvAdv(pattern, text)) return false;
-  myPattern = std::move(pattern);
-  myAnchor = anchorOf(myPattern);
-  myText.set(text);
+  if (!mySearch.compile(text)) return false;
   myDistance = distance;
   return true;
 }
 
 bool cScanSigEndRuleUniHex::match(const unsigned char* data, unsigned int size, unsigned int,
                                   unsigned long long, unsigned int& endOffset) {
-  const long long n = myPattern.count();
+  const long long n = mySearch.length();
   if (n >= size) return false;
-  return endAt(scanPattern(myPattern, myAnchor, data, 0, size - n), myDistance, endOffset);
+  return endAt(mySearch.find(data, 0, size - n), myDistance, endOffset);
 }
 
 void cScanSigEndRuleUniHex::genStdName(char* buf, long long bufSize) const {
-  if (myText.empty()) return static_cast<void>(_sprintf_s(buf, bufSize, "Empty"));
+  if (!mySearch.hasText()) return static_cast<void>(_sprintf_s(buf, bufSize, "Empty"));
   _sprintf_s(buf, bufSize, "Ends in %d bytes after Adv/HEX: %s", static_cast<int>(myDistance),
-             myText.c_str());
+             mySearch.text());
 }
 
 std::unique_ptr<cScanSigEndRule> cScanSigEndRuleUniHex::clone() const {
-  return remade<cScanSigEndRuleUniHex>(myText.c_str(), myDistance);
+  return remade<cScanSigEndRuleUniHex>(mySearch.text(), myDistance);
 }

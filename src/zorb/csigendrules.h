@@ -133,13 +133,11 @@ public:
   void genStdName(char* buf, long long bufSize) const override;
   std::unique_ptr<cScanSigEndRule> clone() const override;
 
-  const char* text() const { return myText.c_str(); }
+  const char* text() const { return mySearch.text(); }
   unsigned int distance() const { return myDistance; }
-  const sHexSearchRule::_pattern& pattern() const { return myPattern; }
+  const sHexSearchRule::_pattern& pattern() const { return mySearch.pattern(); }
 
 private:
-  _guardchar<char> myText;
-  sHexSearchRule::_pattern myPattern;
-  sPatternAnchor myAnchor;
+  cPatternSearch mySearch;
   unsigned int myDistance = 0;
 };

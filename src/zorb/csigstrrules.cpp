@@ -175,54 +175,48 @@ bool cScanSigRuleUniHexMatch::create(const char* text, unsigned int blockSize,
                                      unsigned int offset) {
   const int block = static_cast<int>(blockSize), at = static_cast<int>(offset);
   if (block < 0 || at < -1) return false;
-  sHexSearchRule::_pattern pattern;
-  if (!sHexSearchRule::cnvAdv(pattern, text)) return false;
-  myPattern = std::move(pattern);
-  myAnchor = anchorOf(myPattern);
+  if (!mySearch.compile(text)) return false;
   myBlockSize = block;
   myOffset = at;
-  myText.set(text);
   return true;
 }
 
 bool cScanSigRuleUniHexMatch::match(const unsigned char* data, unsigned int size,
                                     unsigned int avail) {
-  const long long n = myPattern.count();
+  const long long n = mySearch.length();
   const long long range = static_cast<int>(size);
   if (range < 0 || n > avail) return false;
-  const sHexSearchRule::sByteDescr* p = myPattern.data();
   if (myBlockSize == 0 && myOffset == -1) {
     if (range == n) return false;
     // p = 0 is always tried; then every start while p < size - n.
-    if (sHexSearchRule::matchAt(p, n, data)) return true;
-    return scanPattern(myPattern, myAnchor, data, 1, range - n) >= 0;
+    return mySearch.matchAt(data) || mySearch.find(data, 1, range - n) >= 0;
   }
   if (myBlockSize == 0) {
     if (myOffset + n > avail) return false;
-    return sHexSearchRule::matchAt(p, n, data + myOffset);
+    return mySearch.matchAt(data + myOffset);
   }
   if (n == 0) return false;
   for (long long at = myOffset; at + n < range; at += myBlockSize) {
-    if (sHexSearchRule::matchAt(p, n, data + at)) return true;
+    if (mySearch.matchAt(data + at)) return true;
   }
   return false;
 }
 
 std::unique_ptr<cScanSigRule> cScanSigRuleUniHexMatch::clone() const {
-  return remade<cScanSigRuleUniHexMatch>(myText.c_str(), static_cast<unsigned int>(myBlockSize),
+  return remade<cScanSigRuleUniHexMatch>(mySearch.text(), static_cast<unsigned int>(myBlockSize),
                                          static_cast<unsigned int>(myOffset));
 }
 
 void cScanSigRuleUniHexMatch::genStdName(char* buf, long long bufSize) const {
-  if (myText.empty()) {
+  if (!mySearch.hasText()) {
     _sprintf_s(buf, bufSize, "Empty");
   } else if (myBlockSize != 0) {
-    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (at 0x%X of 0x%X-byte block)", myText.c_str(),
+    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (at 0x%X of 0x%X-byte block)", mySearch.text(),
                static_cast<unsigned int>(myOffset), static_cast<unsigned int>(myBlockSize));
   } else if (myOffset == -1) {
-    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (scan for)", myText.c_str());
+    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (scan for)", mySearch.text());
   } else {
-    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (at 0x%X)", myText.c_str(),
+    _sprintf_s(buf, bufSize, "Advanced/HEX: %s (at 0x%X)", mySearch.text(),
                static_cast<unsigned int>(myOffset));
   }
 }

@@ -128,15 +128,13 @@ public:
   int typeOf() const override { return 7; }
   void genStdName(char* buf, long long bufSize) const override;
 
-  const char* text() const { return myText.c_str(); }
+  const char* text() const { return mySearch.text(); }
   int blockSize() const { return myBlockSize; }
   int offset() const { return myOffset; }
-  const sHexSearchRule::_pattern& pattern() const { return myPattern; }
+  const sHexSearchRule::_pattern& pattern() const { return mySearch.pattern(); }
 
 private:
-  _guardchar<char> myText;
-  sHexSearchRule::_pattern myPattern;
-  sPatternAnchor myAnchor;
+  cPatternSearch mySearch;
   int myBlockSize = 0;
   int myOffset = 0;
 };

@@ -49,23 +49,19 @@ std::unique_ptr<cScanSigSubset> cFieldRelativeSubset::clone() const {
 }
 
 bool cMagicRelativeSubset::create(const char* text, unsigned int offset) {
-  sHexSearchRule::_pattern pattern;
-  if (!sHexSearchRule::cnvAdv(pattern, text)) return false;
-  myPattern = std::move(pattern);
-  myAnchor = anchorOf(myPattern);
-  myText.set(text);
+  if (!mySearch.compile(text)) return false;
   myOffset = offset;
   return true;
 }
 
 unsigned int cMagicRelativeSubset::subset(const unsigned char* data, unsigned int size) {
-  const long long n = myPattern.count();
+  const long long n = mySearch.length();
   // A magic longer than the range is not looked for: it could only be read past its end.
   if (n == 0 || n >= size) return kNotFound;
   // p = 0 is tried first; after a failed try at p the search stops once p + 1 >= size - n.
   long long p = 0;
-  if (!sHexSearchRule::matchAt(myPattern.data(), n, data)) {
-    p = 1 < size - n ? scanPattern(myPattern, myAnchor, data, 1, size - n) : -1;
+  if (!mySearch.matchAt(data)) {
+    p = mySearch.find(data, 1, size - n);
     if (p < 0) return kNotFound;
   }
   return static_cast<unsigned int>(p + n) + myOffset;
@@ -73,6 +69,6 @@ unsigned int cMagicRelativeSubset::subset(const unsigned char* data, unsigned in
 
 std::unique_ptr<cScanSigSubset> cMagicRelativeSubset::clone() const {
   auto copy = std::make_unique<cMagicRelativeSubset>();
-  if (!copy->create(myText.c_str(), myOffset)) return nullptr;
+  if (!copy->create(mySearch.text(), myOffset)) return nullptr;
   return copy;
 }

@@ -50,13 +50,11 @@ public:
   int typeOf() const override { return 2; }
   std::unique_ptr<cScanSigSubset> clone() const override;
 
-  const char* text() const { return myText.c_str(); }
+  const char* text() const { return mySearch.text(); }
   unsigned int offset() const { return myOffset; }
-  const sHexSearchRule::_pattern& pattern() const { return myPattern; }
+  const sHexSearchRule::_pattern& pattern() const { return mySearch.pattern(); }
 
 private:
-  _guardchar<char> myText;
-  sHexSearchRule::_pattern myPattern;
-  sPatternAnchor myAnchor;
+  cPatternSearch mySearch;
   unsigned int myOffset = 0;
 };

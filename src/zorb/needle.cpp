@@ -8,22 +8,22 @@ void cAsciiNeedle::set(const char* s, long long n, bool caseSensitive) {
   myText.set(n + 1);
   for (long long i = 0; i < n; ++i) myText[i] = caseSensitive ? s[i] : __acp_lower(s[i]);
   // Each position allows exactly the data bytes that compare equal to the stored byte.
-  myPattern.set(n);
+  sHexSearchRule::_pattern pattern(n);
   for (long long i = 0; i < n; ++i) {
     for (int b = 0; b < 256; ++b) {
       const char c = static_cast<char>(b);
       if ((caseSensitive ? c : __acp_lower(c)) == myText[i]) {
-        myPattern[i].add(static_cast<unsigned char>(b));
+        pattern[i].add(static_cast<unsigned char>(b));
       }
     }
   }
-  myAnchor = anchorOf(myPattern);
+  mySearch.assign(std::move(pattern));
 }
 
 long long cAsciiNeedle::find(const unsigned char* data, unsigned int size) const {
   const long long starts = static_cast<long long>(size) - length();
   if (starts <= 0) return -1;
-  return scanPattern(myPattern, myAnchor, data, 0, starts);
+  return mySearch.find(data, 0, starts);
 }
 
 void cUnicodeNeedle::set(const unsigned short* s, bool caseSensitive) {

@@ -25,8 +25,7 @@ public:
 private:
   _typebuf<char> myText; // the text and a terminator: count = length + 1
   bool myCaseSensitive = true;
-  sHexSearchRule::_pattern myPattern;
-  sPatternAnchor myAnchor;
+  cPatternSearch mySearch;
 };
 
 class cUnicodeNeedle {
