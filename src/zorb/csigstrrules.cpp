@@ -196,8 +196,9 @@ bool cScanSigRuleUniHexMatch::match(const unsigned char* data, unsigned int size
     return mySearch.matchAt(data + myOffset);
   }
   if (n == 0) return false;
+  // A grid that starts at -1 (the scan-for offset) has no position before the block.
   for (long long at = myOffset; at + n < range; at += myBlockSize) {
-    if (mySearch.matchAt(data + at)) return true;
+    if (at >= 0 && mySearch.matchAt(data + at)) return true;
   }
   return false;
 }

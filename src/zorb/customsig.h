@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "base/buffers.h"
+#include "base/files.h"
 #include "base/list.h"
 #include "base/tree.h"
 #include "csigendrules.h"
@@ -71,8 +72,17 @@ private:
 
 class cCustomSignaturesTree : public cTree {
 public:
-  // Matching recurses once per level of the tree; the rules file refuses deeper trees.
+  // Levels of nesting a tree may have. Loading and matching recurse once per level; the
+  // rules file refuses a deeper tree with result 3.
   static constexpr int kMaxDepth = 1024;
+
+  // The rules file. save: 0, or 1 when a write fails (what was written stays). load: 0;
+  // 1 read failure or file too short; 2 unknown magic; 3 a value too long or a rule that
+  // cannot be built; 4 an unknown rule type. A failed load leaves the nodes read so far.
+  int save(cFileIOTarget* target);
+  int saveLevel(cFileIOTarget* target, cScanSignature* first);
+  int load(cFileIOTarget* target);
+  int loadLevel(cFileIOTarget* target, cScanSignature* parent, bool oldFormat);
 
   cScanSignature* add(cScanSignature* parent, std::unique_ptr<cScanSignature> node) {
     return static_cast<cScanSignature*>(cTree::add(parent, std::move(node)));
@@ -94,4 +104,7 @@ public:
   void enumTerminalRules(const cScanSignature* first, int& count) const;
   void resetExtVFIDs();
   void resetExtID_level(cScanSignature* first);
+
+private:
+  int loadNodes(cFileIOTarget* target, cScanSignature* parent, bool oldFormat, int depth);
 };

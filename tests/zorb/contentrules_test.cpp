@@ -130,6 +130,9 @@ TEST(UniHexMatch, FixedOffsetAndBlockGrid) {
                                  "xxab"))); // not on the grid
   EXPECT_FALSE(hits(*grid, block("xxxx"
                                  "xab"))); // 5 + 2 < 7 fails: strictly less
+  auto fromMinusOne = adv("'ab'", -1, 4);  // grid positions -1, 3, 7: none before the block
+  EXPECT_TRUE(hits(*fromMinusOne, block("xxxabxx")));
+  EXPECT_FALSE(hits(*fromMinusOne, block("abxxxxx")));
 }
 
 TEST(UniHexMatch, CloneRecompilesAndIsIndependent) {

@@ -1,0 +1,38 @@
+// Fuzz target: loading a rules file from any bytes; a tree that loads must save, load
+// again and save to the same bytes, and must scan the input as a disk block.
+#include <cstddef>
+#include <cstdint>
+
+#include "base/memtarget.h"
+#include "zorb/customsig.h"
+
+namespace {
+
+std::vector<unsigned char> saved(cCustomSignaturesTree& tree) {
+  cMemoryTarget out;
+  if (tree.save(&out) != 0) __builtin_trap();
+  return out.bytes();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size > 65536) return 0;
+  cCustomSignaturesTree tree;
+  cMemoryTarget in(data, size);
+  const int result = tree.load(&in);
+  if (result < 0 || result > 4) __builtin_trap();
+  if (result == 0) {
+    const std::vector<unsigned char> first = saved(tree);
+    cCustomSignaturesTree again;
+    cMemoryTarget back(first.data(), first.size());
+    if (again.load(&back) != 0 || saved(again) != first) __builtin_trap();
+  }
+  // Whatever was read, half a tree included, scans the input as a block.
+  const auto block = static_cast<unsigned int>(size);
+  if (cScanSignature* found = tree.find_match(data, block / 2, block, 0)) {
+    unsigned int end = 0;
+    tree.shouldEnd(found, data, block, block, size, end);
+  }
+  return 0;
+}

@@ -1,0 +1,341 @@
+// The rules file: hand-built bytes of both versions, conversions of older rule kinds,
+// every error result, the depth limit, and round trips over random trees.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "base/memtarget.h"
+#include "zorbtest.h"
+
+namespace {
+
+// Builds file bytes by hand, field by field.
+class cBytes {
+public:
+  cBytes& raw(const std::string& s) {
+    b.insert(b.end(), s.begin(), s.end());
+    return *this;
+  }
+  cBytes& u8(unsigned v) {
+    b.push_back(static_cast<unsigned char>(v));
+    return *this;
+  }
+  cBytes& u16(unsigned v) { return u8(v & 0xFF).u8(v >> 8 & 0xFF); }
+  cBytes& u32(unsigned v) { return u16(v & 0xFFFF).u16(v >> 16); }
+  cBytes& str01(const std::string& s) { return u16(static_cast<unsigned>(s.size())).raw(s); }
+  cBytes& str00(const std::u16string& s) {
+    u32(static_cast<unsigned>(s.size()));
+    for (char16_t c : s) u16(c);
+    return *this;
+  }
+  bytes b;
+};
+
+int load(cCustomSignaturesTree& t, const bytes& file) {
+  cMemoryTarget in(file.data(), file.size());
+  return t.load(&in);
+}
+
+bytes save(cCustomSignaturesTree& t) {
+  cMemoryTarget out;
+  EXPECT_EQ(t.save(&out), 0);
+  return out.bytes();
+}
+
+// One node, no subset, named "n" / "e", with the given content and end rule bytes.
+bytes oneNode(const bytes& content, const bytes& ends = {0}) {
+  cBytes f;
+  f.raw("QVRASI01").u8(1).u8(2).str01("n").str01("e");
+  f.b.insert(f.b.end(), content.begin(), content.end());
+  f.b.insert(f.b.end(), ends.begin(), ends.end());
+  f.u8(0).u8(0); // no children; end of the top level
+  return f.b;
+}
+
+std::string firstContent(cCustomSignaturesTree& t) {
+  return t.firstSig() && t.firstSig()->first_str() ? named(*t.firstSig()->first_str()) : "none";
+}
+
+TEST(RulesFile, EmptyTreeIsNineBytes) {
+  cCustomSignaturesTree t;
+  const bytes file = save(t);
+  EXPECT_EQ(file, (cBytes().raw("QVRASI01").u8(0).b));
+  cCustomSignaturesTree back;
+  EXPECT_EQ(load(back, file), 0);
+  EXPECT_EQ(back.firstSig(), nullptr);
+}
+
+TEST(RulesFile, WritesTheExactLayout) {
+  cCustomSignaturesTree t;
+  cScanSignature* zip = t.add(nullptr, std::make_unique<cScanSignature>());
+  zip->create("ZIP", "zip");
+  zip->allRules = false;
+  auto field = std::make_unique<cFieldRelativeSubset>();
+  field->create(0x3C, 2, 1, 4);
+  zip->subset = std::move(field);
+  zip->addStrRule(adv("504B0304", 0));
+  zip->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+  auto size = std::make_unique<cScanSigEndRuleMatchSize>();
+  size->create(18, 4, 22, 1, true);
+  zip->addEndRule(std::move(size));
+  zip->addEndRule(made<cScanSigEndRuleUniHex>("'PK'", 7u));
+  cScanSignature* child = t.add(zip, std::make_unique<cScanSignature>());
+  child->create("c", "");
+  child->hitMode = 1;
+
+  cBytes f;
+  f.raw("QVRASI01");
+  f.u8(1).u8(2 | 8 | 1 << 4).u32(0x3C).u8(2).u32(1).u32(4).str01("ZIP").str01("zip");
+  f.u8(7).str01("504B0304").u32(0).u32(0).u8(4).u8(0);
+  f.u8(1).u8(1).u8(4).u32(18).u32(22).u32(1).u8(7).str01("'PK'").u32(7).u8(0);
+  f.u8(1).u8(1).str01("c").str01("").u8(0).u8(0).u8(0); // the child, its empty level
+  f.u8(0);                                              // zip's children end
+  f.u8(0);                                              // the top level ends
+  EXPECT_EQ(save(t), f.b);
+
+  cCustomSignaturesTree back;
+  ASSERT_EQ(load(back, f.b), 0);
+  EXPECT_EQ(save(back), f.b);
+  EXPECT_FALSE(back.firstSig()->allRules);
+  EXPECT_EQ(back.firstSig()->firstChildSig()->hitMode, 1);
+}
+
+TEST(RulesFile, OlderKindsBecomeAdvancedHex) {
+  cCustomSignaturesTree t;
+  ASSERT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4).raw("it's").u8(0).b)), 0);
+  EXPECT_EQ(firstContent(t), "Advanced/HEX: +'it\\'s' (scan for)");
+
+  cCustomSignaturesTree mask;
+  ASSERT_EQ(load(mask, oneNode(cBytes().u8(6).u8(1).u16(0x1234).u16(0xFFFF).u32(8).u8(0).b)), 0);
+  EXPECT_EQ(firstContent(mask), "Advanced/HEX: [3412/FFFF] (at 0x8)");
+
+  cCustomSignaturesTree exact;
+  ASSERT_EQ(load(exact, oneNode(cBytes().u8(1).u32(2).u32(3).raw(std::string("\x4D\x5A\x00", 3)).u8(0).b)), 0);
+  EXPECT_EQ(firstContent(exact), "Advanced/HEX: 4D5A00 (at 0x2)");
+
+  cCustomSignaturesTree uni;
+  cBytes u;
+  u.u8(3).u8(0).u32(3).u16('a').u16('"').u16(0xE9).u8(0);
+  ASSERT_EQ(load(uni, oneNode(u.b)), 0);
+  EXPECT_EQ(firstContent(uni), "Advanced/HEX: -\"a\\\"\xC3\xA9\" (scan for)");
+
+  cCustomSignaturesTree ends;
+  cBytes e;
+  e.u8(2).u8(0).u32(5).u32(3).raw("eof");
+  e.u8(3).u8(1).u32(6).u32(1).u16('Z');
+  e.u8(6).u32(2).u32(2).raw("\xFF\xD9").u8(0);
+  ASSERT_EQ(load(ends, oneNode({0}, e.b)), 0);
+  const cScanSignature* n = ends.firstSig();
+  const cScanSigEndRule* r = n->first_end();
+  EXPECT_EQ(named(*r), "Ends in 5 bytes after Adv/HEX: -'eof'");
+  EXPECT_EQ(named(*(r = n->next_end(r))), "Ends in 6 bytes after Adv/HEX: +\"Z\"");
+  EXPECT_EQ(named(*(r = n->next_end(r))), "Ends in 2 bytes after Adv/HEX: FFD9");
+  for (r = n->first_end(); r; r = n->next_end(r)) EXPECT_EQ(r->typeOf(), 7);
+}
+
+TEST(RulesFile, OldFormatTwinLoadsTheSameTree) {
+  auto build = [](bool old) {
+    cBytes f;
+    f.raw(old ? "QVRASI00" : "QVRASI01");
+    f.u8(1).u8(2 | 2 << 4).u32(4).raw("'MZ'").u32(0);
+    old ? f.str00(u"Ex\u00E9") : f.str01("Ex\xC3\xA9");
+    old ? f.str00(u"exe") : f.str01("exe");
+    f.u8(5).u8(0).u8(4).u8(0);
+    f.u8(1).u8(0);
+    old ? f.str00(u"") : f.str01("");
+    old ? f.str00(u"x") : f.str01("x");
+    f.u8(0).u8(0).u8(0); // child: no rules, no children
+    f.u8(0).u8(0);
+    return f.b;
+  };
+  cCustomSignaturesTree current, older;
+  ASSERT_EQ(load(current, build(false)), 0);
+  ASSERT_EQ(load(older, build(true)), 0);
+  EXPECT_STREQ(older.firstSig()->name.c_str(), "Ex\xC3\xA9");
+  EXPECT_EQ(save(older), build(false)); // saving always writes the current version
+  EXPECT_EQ(save(current), build(false));
+}
+
+TEST(RulesFile, ErrorResults) {
+  cCustomSignaturesTree t;
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI0").b), 1);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI02").u8(0).b), 2);
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(8).b)), 4);
+  EXPECT_EQ(load(t, oneNode({0}, cBytes().u8(9).b)), 4);
+  std::string longName(4096, 'n');
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2).str01(longName).b), 3);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI00").u8(1).u8(2).u32(4096).b), 3);
+  // Stored rules whose converted pattern does not compile.
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(0).b)), 3);                   // empty
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(1).u32(0).u32(0).b)), 3);                  // empty bytes
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(0).u8(0x41).u8(0x0F).u32(0).b)), 3); // bit 0x40
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(1).raw("\xE9").b)), 3);       // non-ASCII
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(4).b)), 3);                          // width 4
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4093).b)), 3);                // too long
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(7).str01("41").u32(0).u32(0xFFFFFFFE).b)), 3);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2 << 4).u32(70000).b), 3); // magic text
+}
+
+TEST(RulesFile, EveryCutIsAReadFailure) {
+  cCustomSignaturesTree t;
+  t.add(nullptr, std::make_unique<cScanSignature>())->create("a", "b");
+  t.firstSig()->addStrRule(adv("41 42", 3));
+  t.firstSig()->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
+  const bytes file = save(t);
+  for (size_t n = 0; n < file.size(); ++n) {
+    cCustomSignaturesTree cut;
+    EXPECT_EQ(load(cut, bytes(file.begin(), file.begin() + static_cast<long>(n))), 1) << n;
+  }
+  cCustomSignaturesTree trailing; // bytes after the top level's end are not read
+  bytes longer = file;
+  longer.push_back(0x77);
+  EXPECT_EQ(load(trailing, longer), 0);
+}
+
+TEST(RulesFile, HalfLoadedTreeStays) {
+  cCustomSignaturesTree t;
+  cBytes f;
+  f.raw("QVRASI01").u8(1).u8(2).str01("first").str01("").u8(4).u8(0).u8(0).u8(0);
+  f.u8(1).u8(2).str01("second").str01("").u8(5).u8(8); // an unknown type after one rule
+  EXPECT_EQ(load(t, f.b), 4);
+  ASSERT_NE(t.firstSig(), nullptr);
+  const cScanSignature* second = t.firstSig()->nextSig();
+  ASSERT_NE(second, nullptr);
+  EXPECT_STREQ(second->name.c_str(), "second");
+  EXPECT_EQ(second->first_str()->typeOf(), 5);
+
+  cCustomSignaturesTree noSubset; // subset type 3 is no subset
+  ASSERT_EQ(load(noSubset, cBytes()
+                               .raw("QVRASI01")
+                               .u8(1)
+                               .u8(3 << 4 | 2)
+                               .str01("")
+                               .str01("")
+                               .u8(0)
+                               .u8(0)
+                               .u8(0)
+                               .u8(0)
+                               .b),
+            0);
+  EXPECT_FALSE(noSubset.firstSig()->subset);
+}
+
+TEST(RulesFile, NestingIsLimited) {
+  auto nested = [](int levels) {
+    cBytes f;
+    f.raw("QVRASI01");
+    for (int i = 0; i < levels; ++i) f.u8(1).u8(0).str01("").str01("").u8(0).u8(0);
+    for (int i = 0; i <= levels; ++i) f.u8(0);
+    return f.b;
+  };
+  cCustomSignaturesTree deep;
+  EXPECT_EQ(load(deep, nested(cCustomSignaturesTree::kMaxDepth)), 0);
+  EXPECT_EQ(save(deep), nested(cCustomSignaturesTree::kMaxDepth));
+  cCustomSignaturesTree deeper;
+  EXPECT_EQ(load(deeper, nested(cCustomSignaturesTree::kMaxDepth + 1)), 3);
+}
+
+// ---- Round trips ------------------------------------------------------------------------
+
+void addRandomRules(cScanSignature* n, std::mt19937& rng, bool currentKindsOnly) {
+  const unsigned char bytes[] = {0x4D, 0x5A, 0x27, 0x00};
+  const char* patterns[] = {"4D 5A", "-'ab' *3*", "{41,42} [40/F0]", "\"X\" `\xC3\xA9`"};
+  const int rules = static_cast<int>(rng() % 4);
+  for (int i = 0; i < rules; ++i) {
+    switch (currentKindsOnly ? 3 + rng() % 3 : rng() % 6) {
+    case 0:
+      n->addStrRule(made<cScanSigRuleExactMatch>(bytes, 1u + rng() % 4, rng() % 64));
+      break;
+    case 1:
+      n->addStrRule(made<cScanSigRuleHasStr>("It's", rng() % 2 == 0));
+      break;
+    case 2: {
+      auto m = std::make_unique<cScanSigRuleMaskMatch>();
+      m->create(0x0102, static_cast<unsigned char>(rng() % 4), 0xFFFF, rng() % 32);
+      n->addStrRule(std::move(m));
+      break;
+    }
+    case 3:
+      n->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+      break;
+    case 4:
+      n->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
+      break;
+    default:
+      n->addStrRule(adv(patterns[rng() % 4], static_cast<int>(rng() % 3) - 1,
+                        static_cast<int>(rng() % 2) * 512));
+    }
+  }
+  const int ends = static_cast<int>(rng() % 3);
+  for (int i = 0; i < ends; ++i) {
+    switch (currentKindsOnly ? 3 + rng() % 3 : rng() % 6) {
+    case 0:
+      n->addEndRule(made<cScanSigEndRuleHasStr>("EOF", rng() % 2 == 0, rng() % 9));
+      break;
+    case 1:
+      n->addEndRule(made<cScanSigEndRuleHasUniStr>(w(u"End"), rng() % 2 == 0, 4u));
+      break;
+    case 2:
+      n->addEndRule(made<cScanSigEndRuleHasHex>(bytes, 2u, 1u));
+      break;
+    case 3: {
+      auto s = std::make_unique<cScanSigEndRuleMatchSize>();
+      s->create(rng() % 16, static_cast<unsigned char>(1 + rng() % 8), rng() % 100, 1 + rng() % 4,
+                rng() % 2 == 0);
+      n->addEndRule(std::move(s));
+      break;
+    }
+    case 4:
+      n->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
+      break;
+    default:
+      n->addEndRule(made<cScanSigEndRuleUniHex>(patterns[rng() % 4], rng() % 50));
+      break;
+    }
+  }
+}
+
+void randomTree(cCustomSignaturesTree& t, std::mt19937& rng, bool currentKindsOnly) {
+  std::vector<cScanSignature*> nodes = {nullptr};
+  const int count = 1 + static_cast<int>(rng() % 12);
+  for (int i = 0; i < count; ++i) {
+    cScanSignature* parent = nodes[rng() % nodes.size()];
+    cScanSignature* n = t.add(parent, std::make_unique<cScanSignature>());
+    n->create(("def " + std::to_string(i) + " \xC3\xA9").c_str(), i % 2 ? "bin" : "");
+    n->hitMode = static_cast<int>(rng() % 3);
+    n->allRules = rng() % 2;
+    if (rng() % 4 == 0) {
+      auto s = std::make_unique<cMagicRelativeSubset>();
+      s->create("'RIFF'", rng() % 8);
+      n->subset = std::move(s);
+    } else if (rng() % 4 == 0) {
+      auto s = std::make_unique<cFieldRelativeSubset>();
+      s->create(rng() % 64, static_cast<unsigned char>(rng() % 7), 1 + rng() % 3, rng() % 9);
+      n->subset = std::move(s);
+    }
+    addRandomRules(n, rng, currentKindsOnly);
+    nodes.push_back(n);
+  }
+}
+
+TEST(RulesFile, RoundTripsAreStable) {
+  std::mt19937 rng(1303);
+  for (int round = 0; round < 300; ++round) {
+    const bool current = round % 2;
+    cCustomSignaturesTree t;
+    randomTree(t, rng, current);
+    const bytes first = save(t);
+    cCustomSignaturesTree once, twice;
+    ASSERT_EQ(load(once, first), 0) << round;
+    const bytes second = save(once);
+    ASSERT_EQ(load(twice, second), 0) << round;
+    EXPECT_EQ(save(twice), second) << round; // stable once older kinds are converted
+    if (current) {
+      EXPECT_EQ(second, first) << round;
+    }
+    EXPECT_EQ(once.count(), t.count());
+  }
+}
+
+} // namespace
