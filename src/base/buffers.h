@@ -5,8 +5,9 @@
 //                 elements are zeroed). Indexing outside 0..count-1 throws cException
 //                 "_typebuf::Out of bounds".
 //   _classbuf<T>  the same for objects (default-constructed), "_classbuf::Out of bounds".
-//   _guardchar<T> owned zero-terminated string of char or unsigned short units; an unset
-//                 string reads as empty.
+//   _guardchar<T> owned zero-terminated string of char or unsigned short units; a null
+//                 (unset) string reads as empty through c_str() and is told apart by
+//                 isNull().
 //
 // All three copy deeply and move cheaply. None is thread-safe.
 #pragma once
@@ -129,11 +130,12 @@ public:
 
   // Copies text up to its terminator; null clears.
   void set(const T* text) { set(text, text ? measure(text) : 0); }
-  // Copies n units of text and terminates them; null text or n <= 0 leaves it empty.
+  // Copies n units of text and terminates them (n = 0 gives an empty, not a null,
+  // string); null text or a negative n leaves it null.
   void set(const T* text, long long n) {
-    if (!text || n <= 0) return clear();
+    if (!text || n < 0) return clear();
     auto fresh = std::make_unique<T[]>(static_cast<size_t>(n) + 1);
-    std::memcpy(fresh.get(), text, sizeof(T) * static_cast<size_t>(n));
+    if (n > 0) std::memcpy(fresh.get(), text, sizeof(T) * static_cast<size_t>(n));
     fresh[static_cast<size_t>(n)] = 0;
     myText = std::move(fresh);
     myLength = n;
@@ -156,6 +158,8 @@ public:
   // The units copied in, which stop early only if a copied text held a zero unit.
   long long length() const { return myLength; }
   bool empty() const { return myLength == 0; }
+  bool isNull() const { return !myText; }
+  const T* data() const { return myText.get(); } // null for a null string
 
 private:
   static long long measure(const T* text) {

@@ -100,6 +100,12 @@ TEST(GuardChar, NullReadsAsEmptyAndCopiesAreOwned) {
   _guardchar<char> h = g;
   g.set("x");
   EXPECT_STREQ(h.c_str(), "abc");
+  g.set("");
+  EXPECT_FALSE(g.isNull()); // empty is not null
+  EXPECT_TRUE(g.empty());
+  g.set(nullptr, 0);
+  EXPECT_TRUE(g.isNull());
+  EXPECT_EQ(g.data(), nullptr);
 
   const unsigned short wide[] = {'h', 'i', 0};
   _guardchar<unsigned short> w(wide);
