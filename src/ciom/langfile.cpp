@@ -3,10 +3,10 @@
 #include <cstring>
 #include <string>
 #include <vector>
-#include <zlib.h>
 
 #include "base/files.h"
 #include "base/folders.h"
+#include "base/zpack.h"
 
 namespace {
 
@@ -118,15 +118,7 @@ bool loadCiomLang(const void* data, int size, tCiomSections& sections) {
   const unsigned int u = le32(p);
   if (u == 0 || u > kCiomLangMaxSize) return false;
   std::vector<unsigned char> set(u);
-  z_stream z = {};
-  if (inflateInit(&z) != Z_OK) return false;
-  z.next_in = const_cast<unsigned char*>(p + 4);
-  z.avail_in = static_cast<uInt>(size - 4);
-  z.next_out = set.data();
-  z.avail_out = u;
-  const int rc = inflate(&z, Z_FINISH);
-  const bool full = rc == Z_STREAM_END && z.avail_out == 0;
-  inflateEnd(&z);
+  const bool full = zunpackExactly(p + 4, static_cast<size_t>(size - 4), set.data(), u);
   if (!full || std::memcmp(set.data(), kDataMagic, 8) != 0) return false;
 
   unsigned long long at = 8;
@@ -186,20 +178,11 @@ bool saveCiomLang(const tCiomSections& sections, _typebuf<unsigned char>& out) {
     set.insert(set.end(), data.begin(), data.end());
   }
   if (set.size() > kCiomLangMaxSize) return false;
-  std::vector<unsigned char> packed(2 * set.size());
-  z_stream z = {};
-  if (deflateInit(&z, 5) != Z_OK) return false;
-  z.next_in = set.data();
-  z.avail_in = static_cast<uInt>(set.size());
-  z.next_out = packed.data();
-  z.avail_out = static_cast<uInt>(packed.size());
-  const int rc = deflate(&z, Z_FINISH);
-  const size_t packedSize = packed.size() - z.avail_out;
-  deflateEnd(&z);
-  if (rc != Z_STREAM_END) return false;
+  std::vector<unsigned char> packed;
+  if (!zpackOnce(set.data(), set.size(), packed)) return false;
   std::vector<unsigned char> result;
   put32(result, static_cast<unsigned int>(set.size()));
-  result.insert(result.end(), packed.begin(), packed.begin() + static_cast<long>(packedSize));
+  result.insert(result.end(), packed.begin(), packed.end());
   out.assign(result.data(), static_cast<long long>(result.size()));
   return true;
 }

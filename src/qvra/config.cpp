@@ -2,9 +2,9 @@
 
 #include <cstring>
 #include <vector>
-#include <zlib.h>
 
 #include "base/str.h"
+#include "base/zpack.h"
 
 namespace {
 
@@ -17,20 +17,6 @@ void putLE(unsigned char* p, unsigned int v) {
 
 unsigned int getLE(const unsigned char* p) {
   return p[0] | p[1] << 8 | p[2] << 16 | static_cast<unsigned int>(p[3]) << 24;
-}
-
-// Inflates one zlib stream that must fill out exactly; bytes after the stream are ignored.
-bool inflateExactly(const std::vector<unsigned char>& in, std::vector<unsigned char>& out) {
-  z_stream z = {};
-  if (inflateInit(&z) != Z_OK) return false;
-  z.next_in = const_cast<unsigned char*>(in.data());
-  z.avail_in = static_cast<uInt>(in.size());
-  z.next_out = out.data();
-  z.avail_out = static_cast<uInt>(out.size());
-  const int rc = inflate(&z, Z_FINISH);
-  const bool complete = rc == Z_STREAM_END && z.avail_out == 0;
-  inflateEnd(&z);
-  return complete;
 }
 
 } // namespace
@@ -56,7 +42,7 @@ bool cQVRAConfigFile::init(const char* fileName) {
   std::vector<unsigned char> compressed(static_cast<size_t>(stored - 8));
   std::vector<unsigned char> area(length);
   if (!readf(compressed.data(), static_cast<unsigned int>(compressed.size())) ||
-      !inflateExactly(compressed, area))
+      !zunpackExactly(compressed.data(), compressed.size(), area.data(), area.size()))
     return false;
   return loadRecords(area.data(), length);
 }
@@ -140,20 +126,11 @@ bool cQVRAConfigFile::flush() {
   }
   // One finishing call into twice the record area: an empty table leaves no room, so it
   // cannot finish and the file stays as it was.
-  std::vector<unsigned char> packed(2 * area.size());
-  z_stream z = {};
-  if (deflateInit(&z, 5) != Z_OK) return false;
-  z.next_in = area.data();
-  z.avail_in = static_cast<uInt>(area.size());
-  z.next_out = packed.data();
-  z.avail_out = static_cast<uInt>(packed.size());
-  const int rc = deflate(&z, Z_FINISH);
-  const size_t packedSize = packed.size() - z.avail_out;
-  deflateEnd(&z);
-  if (rc != Z_STREAM_END) return false;
+  std::vector<unsigned char> packed;
+  if (!zpackOnce(area.data(), area.size(), packed)) return false;
   unsigned char header[8];
   std::memcpy(header, kMagic, 4);
   putLE(header + 4, static_cast<unsigned int>(length));
   return set_fp(0) && writef(header, 8) &&
-         writef(packed.data(), static_cast<unsigned int>(packedSize));
+         writef(packed.data(), static_cast<unsigned int>(packed.size()));
 }

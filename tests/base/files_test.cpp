@@ -302,3 +302,27 @@ TEST(SafeName, ReplacesAndTrims) {
 }
 
 } // namespace
+
+#include "base/zpack.h"
+
+namespace {
+
+TEST(ZPack, OneStreamFilledExactly) {
+  const std::string text = "language images and the configuration file are zlib streams";
+  std::vector<unsigned char> packed;
+  ASSERT_TRUE(zpackOnce(reinterpret_cast<const unsigned char*>(text.data()), text.size(), packed));
+  std::string back(text.size(), '\0');
+  auto* out = reinterpret_cast<unsigned char*>(back.data());
+  ASSERT_TRUE(zunpackExactly(packed.data(), packed.size(), out, back.size()));
+  EXPECT_EQ(back, text);
+  packed.push_back(0x99); // bytes after the stream are ignored
+  EXPECT_TRUE(zunpackExactly(packed.data(), packed.size(), out, back.size()));
+  EXPECT_FALSE(zunpackExactly(packed.data(), packed.size(), out, back.size() - 1)); // too small
+  std::string larger(text.size() + 1, '\0');
+  EXPECT_FALSE(zunpackExactly(packed.data(), packed.size(),
+                              reinterpret_cast<unsigned char*>(larger.data()), larger.size()));
+  EXPECT_FALSE(zunpackExactly(packed.data(), packed.size() / 2, out, back.size())); // cut
+  EXPECT_FALSE(zpackOnce(nullptr, 0, packed)); // no room for an empty input's stream
+}
+
+} // namespace
