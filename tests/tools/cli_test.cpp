@@ -1,0 +1,152 @@
+// qvraci-rules run as a user runs it: arguments in, text and exit status out.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "base/memtarget.h"
+#include "zorb/customsig.h"
+
+namespace {
+
+struct sRun {
+  int status;
+  std::string out;
+};
+
+sRun run(const std::string& args) {
+  const std::string command = std::string(QVRACI_RULES) + " " + args + " 2>&1";
+  FILE* p = popen(command.c_str(), "r");
+  std::string out;
+  char buf[4096];
+  for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+  const int status = pclose(p);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+class cCliTest : public testing::Test {
+protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/qvraci-cli-XXXXXX";
+    dir = mkdtemp(pattern);
+    cCustomSignaturesTree t;
+    cScanSignature* jpg = t.add(nullptr, std::make_unique<cScanSignature>());
+    jpg->create("JPEG image", "jpg");
+    auto start = std::make_unique<cScanSigRuleUniHexMatch>();
+    start->create("FF D8 FF", 0, 0);
+    jpg->addStrRule(std::move(start));
+    auto end = std::make_unique<cScanSigEndRuleUniHex>();
+    end->create("FF D9", 2);
+    jpg->addEndRule(std::move(end));
+    cScanSignature* group = t.add(nullptr, std::make_unique<cScanSignature>());
+    group->create("Texts", "");
+    group->hitMode = 0;
+    cScanSignature* txt = t.add(group, std::make_unique<cScanSignature>());
+    txt->create("Plain text", "txt");
+    txt->hitMode = 1;
+    txt->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+    rules = dir + "/rules.qrrs";
+    write(rules, save(t));
+    std::string image(8192, '\x01');
+    image.replace(1024, 4, "\xFF\xD8\xFF\xE0");
+    image.replace(1024 + 600, 2, "\xFF\xD9");
+    sample = dir + "/image.bin";
+    write(sample, image);
+  }
+  void TearDown() override { EXPECT_EQ(std::system(("rm -rf " + dir).c_str()), 0); }
+
+  static std::string save(cCustomSignaturesTree& t) {
+    cMemoryTarget out;
+    t.save(&out);
+    return std::string(out.bytes().begin(), out.bytes().end());
+  }
+  static void write(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+  static std::string read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+
+  std::string dir, rules, sample;
+};
+
+TEST_F(cCliTest, ShowAndCheck) {
+  const sRun shown = run("show " + rules);
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_NE(shown.out.find("JPEG image [jpg]: Always (active), ALL own rules hit\n"
+                           "    start: Advanced/HEX: FF D8 FF (at 0x0)\n"
+                           "    end: Ends in 2 bytes after Adv/HEX: FF D9\n"),
+            std::string::npos)
+      << shown.out;
+  EXPECT_NE(shown.out.find("  Plain text [txt]: If no other hits (passive)"), std::string::npos);
+  EXPECT_NE(shown.out.find("Rules: 2 (active 1, passive 1, containers 1)"), std::string::npos);
+
+  write(dir + "/cut.qrrs", read(rules).substr(0, 20));
+  const sRun checked = run("check " + rules + " " + dir + "/cut.qrrs " + sample);
+  EXPECT_EQ(checked.status, 1);
+  EXPECT_NE(checked.out.find("rules.qrrs: ok, 3 definitions"), std::string::npos) << checked.out;
+  EXPECT_NE(checked.out.find("cut.qrrs: read failure or file too short"), std::string::npos);
+  EXPECT_NE(checked.out.find("image.bin: unknown magic: not a rules file"), std::string::npos);
+  EXPECT_EQ(run("check " + rules).status, 0);
+}
+
+TEST_F(cCliTest, ConvertWritesTheCurrentVersionAndNeverOverwrites) {
+  const std::string out = dir + "/out.qrrs";
+  EXPECT_EQ(run("convert " + rules + " " + out).status, 0);
+  EXPECT_EQ(read(out), read(rules));
+  const sRun again = run("convert " + rules + " " + out);
+  EXPECT_EQ(again.status, 1);
+  EXPECT_NE(again.out.find("exists (use --force)"), std::string::npos);
+  EXPECT_EQ(run("convert " + rules + " " + out + " --force").status, 0);
+}
+
+TEST_F(cCliTest, MatchSaysWhy) {
+  EXPECT_EQ(run("match " + rules + " " + sample + " --offset 1024").out,
+            "match: JPEG image [jpg]\n");
+  EXPECT_EQ(run("match " + rules + " " + sample).out, "match: none\n");
+  const sRun why = run("match " + rules + " " + sample + " --offset 0 --why");
+  EXPECT_NE(why.out.find("  miss  Advanced/HEX: FF D8 FF (at 0x0)"), std::string::npos) << why.out;
+  EXPECT_NE(why.out.find("    miss  Is ASCII string."), std::string::npos) << why.out;
+  EXPECT_EQ(run("match " + rules + " " + sample + " --offset 99999").status, 1);
+}
+
+TEST_F(cCliTest, ScanReportsAndCarves) {
+  const sRun csv = run("scan " + rules + " " + sample + " --report csv");
+  EXPECT_EQ(csv.status, 0);
+  EXPECT_EQ(csv.out, "offset,length,definition,extension,ended\n"
+                     "1024,602,\"JPEG image\",\"jpg\",end rule\n");
+  const sRun json = run("scan " + rules + " " + sample + " --report json");
+  EXPECT_NE(json.out.find("\"definition\": \"JPEG image\""), std::string::npos) << json.out;
+  // Files start on block boundaries: with 4096-byte blocks the one at 1024 is not seen.
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --report json --block 4096").out, "[\n]\n");
+  const std::string carved = dir + "/carved";
+  ASSERT_EQ(mkdir(carved.c_str(), 0755), 0);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --carve " + carved).status, 0);
+  EXPECT_EQ(read(carved + "/000000000400.jpg"), read(sample).substr(1024, 602));
+  const sRun twice = run("scan " + rules + " " + sample + " --carve " + carved);
+  EXPECT_EQ(twice.status, 1);
+  EXPECT_NE(twice.out.find("exists (use --force)"), std::string::npos);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --carve " + carved + " --force").status, 0);
+}
+
+TEST_F(cCliTest, ErrorsAreOneLineAndNonZero) {
+  EXPECT_EQ(run("").status, 2);
+  EXPECT_EQ(run("frobnicate").status, 2);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --block 1000").status, 2);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --report xml").status, 2);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --bogus").status, 2);
+  const sRun missing = run("scan " + rules + " /nonexistent/image");
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_NE(missing.out.find("/nonexistent/image: cannot be opened"), std::string::npos);
+  EXPECT_EQ(run("show " + sample).status, 1);
+}
+
+} // namespace

@@ -1,0 +1,114 @@
+// The raw-scan engine's policy, on images built in memory.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "qvraci-rules/scan.h"
+
+namespace {
+
+using bytes = std::vector<unsigned char>;
+
+cScanSignature* def(cCustomSignaturesTree& t, const char* name, const char* pattern, int hitMode,
+                    cScanSignature* parent = nullptr) {
+  cScanSignature* n = t.add(parent, std::make_unique<cScanSignature>());
+  n->create(name, name);
+  n->hitMode = hitMode;
+  auto r = std::make_unique<cScanSigRuleUniHexMatch>();
+  EXPECT_TRUE(r->create(pattern, 0, 0));
+  n->addStrRule(std::move(r));
+  return n;
+}
+
+void endAfter(cScanSignature* n, const char* pattern, unsigned distance) {
+  auto r = std::make_unique<cScanSigEndRuleUniHex>();
+  EXPECT_TRUE(r->create(pattern, distance));
+  n->addEndRule(std::move(r));
+}
+
+void sizeField(cScanSignature* n, unsigned offset, unsigned char width, unsigned increment) {
+  auto r = std::make_unique<cScanSigEndRuleMatchSize>();
+  r->create(offset, width, increment, 1, false);
+  n->addEndRule(std::move(r));
+}
+
+void put(bytes& image, size_t at, const std::string& s) {
+  std::copy(s.begin(), s.end(), image.begin() + static_cast<long>(at));
+}
+
+std::vector<std::string> scanned(cCustomSignaturesTree& t, const bytes& image, unsigned block = 512,
+                                 unsigned long long cap = 1 << 20) {
+  std::vector<std::string> out;
+  cRawScanner scanner(t, {block, cap});
+  scanner.scanBytes(image.data(), image.size(), [&](const sFoundFile& f) {
+    out.push_back(std::to_string(f.offset) + "+" + std::to_string(f.length) + " " +
+                  f.definition->name.c_str() + " " + f.how);
+  });
+  return out;
+}
+
+TEST(ScanPolicy, EndRulesCountForwardAndTheSizeFieldBack) {
+  cCustomSignaturesTree t;
+  endAfter(def(t, "jpg", "FF D8 FF", 2), "FF D9", 2);
+  sizeField(def(t, "sized", "'SZ'", 2), 2, 4, 0);
+  bytes image(8192, 0x11);
+  put(image, 512, "\xFF\xD8\xFF\xE0");
+  put(image, 512 + 700, "\xFF\xD9");                      // ends in the next block
+  put(image, 2048, std::string("SZ\x00\x06\x00\x00", 6)); // 0x600 = 1536 bytes
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"512+702 jpg end rule", "2048+1536 sized size field"}));
+}
+
+TEST(ScanPolicy, AFileMayEndInItsFirstBlock) {
+  cCustomSignaturesTree t;
+  endAfter(def(t, "jpg", "FF D8 FF", 2), "FF D9", 2);
+  bytes image(2048, 0x11);
+  put(image, 1024, "\xFF\xD8\xFF\xE0..\xFF\xD9");
+  EXPECT_EQ(scanned(t, image), (std::vector<std::string>{"1024+8 jpg end rule"}));
+}
+
+TEST(ScanPolicy, ActiveHitsCutOpenFilesPassiveOnesWait) {
+  cCustomSignaturesTree t;
+  def(t, "active", "'AA'", 2);
+  def(t, "passive", "'PP'", 1);
+  bytes image(4096, 0x11);
+  put(image, 0, "AA");
+  put(image, 1024, "PP"); // a file is open: ignored
+  put(image, 2048, "AA"); // cuts the first one
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"0+2048 active next start", "2048+2048 active source end"}));
+  bytes quiet(2048, 0x11);
+  put(quiet, 512, "PP");
+  EXPECT_EQ(scanned(t, quiet), (std::vector<std::string>{"512+1536 passive source end"}));
+}
+
+TEST(ScanPolicy, CapsAndContainers) {
+  cCustomSignaturesTree t;
+  endAfter(def(t, "never ends", "'NE'", 2), "'nothing here'", 0);
+  def(t, "container", "'CC'", 0);
+  bytes image(8192, 0x11);
+  put(image, 0, "NE");
+  put(image, 4096, "CC"); // containers are never files
+  EXPECT_EQ(scanned(t, image, 512, 3000), (std::vector<std::string>{"0+3000 never ends size cap"}));
+  EXPECT_EQ(scanned(t, image, 4096, 3000),
+            (std::vector<std::string>{"0+3000 never ends size cap"}));
+}
+
+TEST(ScanPolicy, InheritedEndRulesAndLookahead) {
+  cCustomSignaturesTree t;
+  cScanSignature* zip = def(t, "zip", "'PK' 03 04", 2);
+  endAfter(zip, "'PK' 05 06", 22);
+  def(t, "docx", "'PK' 03 04 *26* 'word/'", 2, zip);
+  // A field far beyond the first block is still readable through avail.
+  sizeField(def(t, "far", "'FAR!'", 2), 4000, 4, 0);
+  bytes image(16384, 0x11);
+  put(image, 0, std::string("PK\x03\x04", 4) + std::string(26, '\0') + "word/");
+  put(image, 1500, std::string("PK\x05\x06", 4));
+  put(image, 8192, "FAR!");
+  put(image, 8192 + 4000, std::string("\x00\x02\x00\x00", 4)); // 512 bytes
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"0+1522 docx end rule", "8192+512 far size field"}));
+}
+
+} // namespace

@@ -1,0 +1,99 @@
+#include "describe.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "base/files.h"
+
+std::string hitModeText(int hitMode) {
+  switch (hitMode) {
+  case 0:
+    return "Never (container)";
+  case 1:
+    return "If no other hits (passive)";
+  case 2:
+    return "Always (active)";
+  default:
+    return "hit mode " + std::to_string(hitMode);
+  }
+}
+
+std::string combinationText(bool allRules) {
+  return allRules ? "ALL own rules hit" : "ANY of own rules hits";
+}
+
+std::string subsetText(const cScanSigSubset* subset) {
+  if (!subset) return "";
+  char text[512];
+  if (subset->typeOf() == 1) {
+    static const char* const sizes[] = {"byte (8bit)",
+                                        "word (16bit)",
+                                        "double-word (32bit)",
+                                        "quad-word (64bit)",
+                                        "word (big endian, 16bit)",
+                                        "double-word (big endian, 32bit)",
+                                        "quad-word (big endian, 64bit)"};
+    const auto* f = static_cast<const cFieldRelativeSubset*>(subset);
+    std::snprintf(text, sizeof text,
+                  "subset defined by offset: %s at %u (multiply by %u and add %u)",
+                  sizes[f->width() % 7], f->offset(), f->multiplier(), f->increment());
+  } else {
+    const auto* m = static_cast<const cMagicRelativeSubset*>(subset);
+    std::snprintf(text, sizeof text,
+                  "subset defined by signature: advanced-hex: %s, %u bytes after it", m->text(),
+                  m->offset());
+  }
+  return text;
+}
+
+std::string ruleText(const cScanSigRule& rule) {
+  char text[16384];
+  rule.genStdName(text, sizeof text);
+  return text;
+}
+
+std::string ruleText(const cScanSigEndRule& rule) {
+  char text[16384];
+  rule.genStdName(text, sizeof text);
+  return text;
+}
+
+std::string definitionPath(const cScanSignature* node) {
+  std::string path;
+  for (const cScanSignature* n = node; n; n = n->parentSig()) {
+    path = std::string(n->name.c_str()) + (path.empty() ? "" : "/" + path);
+  }
+  return path;
+}
+
+std::string loadResultText(int result) {
+  switch (result) {
+  case 0:
+    return "ok";
+  case 1:
+    return "read failure or file too short";
+  case 2:
+    return "unknown magic: not a rules file";
+  case 3:
+    return "a value too long or a rule that cannot be built";
+  case 4:
+    return "unknown rule type";
+  default:
+    return "load result " + std::to_string(result);
+  }
+}
+
+bool loadRules(const char* path, cCustomSignaturesTree& tree) {
+  cFileIO file;
+  if (!file.open(path, fmRead)) {
+    std::fprintf(stderr, "%s: cannot be opened: %s\n", path, std::strerror(errno));
+    return false;
+  }
+  const int result = tree.load(&file);
+  if (result != 0) {
+    std::fprintf(stderr, "%s: %s\n", path, loadResultText(result).c_str());
+    return false;
+  }
+  return true;
+}

@@ -1,0 +1,17 @@
+// Texts of qvraci-rules: a definition's words as the editor shows them, and paths.
+#pragma once
+
+#include <string>
+
+#include "zorb/customsig.h"
+
+std::string hitModeText(int hitMode);       // "Always (active)", ...
+std::string combinationText(bool allRules); // "ALL own rules hit" / "ANY of own rules hits"
+std::string subsetText(const cScanSigSubset* subset); // "" for none
+std::string ruleText(const cScanSigRule& rule);
+std::string ruleText(const cScanSigEndRule& rule);
+std::string definitionPath(const cScanSignature* node); // "ZIP archive/DOCX"
+// A load result as a sentence.
+std::string loadResultText(int result);
+// Loads a rules file; on failure prints "FILE: reason" to stderr and returns false.
+bool loadRules(const char* path, cCustomSignaturesTree& tree);

@@ -1,0 +1,377 @@
+// qvraci-rules: checks rules files and tests them against real data.
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "base/files.h"
+#include "describe.h"
+#include "scan.h"
+
+namespace {
+
+const char kUsage[] =
+    "usage: qvraci-rules COMMAND ...\n"
+    "  show FILE.qrrs                     the definitions and their rules\n"
+    "  check FILE...                      load each file and say whether it is good\n"
+    "  convert IN OUT [--force]           load either version, save QVRASI01\n"
+    "  match FILE.qrrs SAMPLE [--offset N] [--block N] [--why]\n"
+    "                                     which definition recognises that block\n"
+    "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
+    "                       [--max-size N] [--force]\n"
+    "                                     find files in a disk image or device\n";
+
+int usage(const char* what) {
+  std::fprintf(stderr, "qvraci-rules: %s\n%s", what, kUsage);
+  return 2;
+}
+
+int fail(const std::string& what) {
+  std::fprintf(stderr, "qvraci-rules: %s\n", what.c_str());
+  return 1;
+}
+
+bool exists(const char* path) {
+  struct stat st;
+  return stat(path, &st) == 0;
+}
+
+bool parseNumber(const char* text, unsigned long long& out) {
+  if (!text || !*text) return false;
+  char* end = nullptr;
+  errno = 0;
+  out = std::strtoull(text, &end, 0);
+  return errno == 0 && *end == 0 && text[0] != '-';
+}
+
+// Options after the positional arguments: --name VALUE or --flag.
+struct sArgs {
+  std::vector<std::string> positional;
+  std::vector<std::pair<std::string, std::string>> options;
+  std::string error;
+
+  bool has(const std::string& name) const {
+    for (const auto& [n, v] : options) {
+      if (n == name) return true;
+    }
+    return false;
+  }
+  const char* value(const std::string& name) const {
+    for (const auto& [n, v] : options) {
+      if (n == name) return v.c_str();
+    }
+    return nullptr;
+  }
+};
+
+sArgs parseArgs(int argc, char** argv, int from, const std::vector<std::string>& flags,
+                const std::vector<std::string>& valued) {
+  sArgs a;
+  for (int i = from; i < argc; ++i) {
+    const std::string s = argv[i];
+    if (s.rfind("--", 0) != 0) {
+      a.positional.push_back(s);
+    } else if (std::find(flags.begin(), flags.end(), s) != flags.end()) {
+      a.options.push_back({s, ""});
+    } else if (std::find(valued.begin(), valued.end(), s) != valued.end()) {
+      if (i + 1 >= argc)
+        a.error = s + " needs a value";
+      else
+        a.options.push_back({s, argv[++i]});
+    } else {
+      a.error = "unknown option " + s;
+    }
+  }
+  return a;
+}
+
+// ---- show -----------------------------------------------------------------------------
+
+int show(const sArgs& a) {
+  if (a.positional.size() != 1) return usage("show takes one rules file");
+  cCustomSignaturesTree tree;
+  if (!loadRules(a.positional[0].c_str(), tree)) return 1;
+  int counts[3] = {0, 0, 0};
+  for (const cTreeItem* p = tree.first(); p; p = p->nextInOrder()) {
+    const auto* n = static_cast<const cScanSignature*>(p);
+    const std::string indent(2 * static_cast<size_t>(n->depth()), ' ');
+    std::printf("%s%s [%s]: %s, %s\n", indent.c_str(), n->name.c_str(), n->ext.c_str(),
+                hitModeText(n->hitMode).c_str(), combinationText(n->allRules).c_str());
+    if (n->subset)
+      std::printf("%s    scope: %s\n", indent.c_str(), subsetText(n->subset.get()).c_str());
+    for (const cScanSigRule* r = n->first_str(); r; r = n->next_str(r)) {
+      std::printf("%s    start: %s\n", indent.c_str(), ruleText(*r).c_str());
+    }
+    for (const cScanSigEndRule* r = n->first_end(); r; r = n->next_end(r)) {
+      std::printf("%s    end: %s\n", indent.c_str(), ruleText(*r).c_str());
+    }
+    if (n->hitMode >= 0 && n->hitMode <= 2) ++counts[n->hitMode];
+  }
+  std::printf("Rules: %u (active %d, passive %d, containers %d)\n", tree.numRules(), counts[2],
+              counts[1], counts[0]);
+  return 0;
+}
+
+// ---- check, convert ---------------------------------------------------------------------
+
+int check(const sArgs& a) {
+  if (a.positional.empty()) return usage("check takes one or more rules files");
+  int bad = 0;
+  for (const std::string& path : a.positional) {
+    cCustomSignaturesTree tree;
+    cFileIO file;
+    if (!file.open(path.c_str(), fmRead)) {
+      std::printf("%s: cannot be opened: %s\n", path.c_str(), std::strerror(errno));
+      ++bad;
+      continue;
+    }
+    const int result = tree.load(&file);
+    if (result == 0) {
+      std::printf("%s: ok, %lld definitions\n", path.c_str(), tree.count());
+    } else {
+      std::printf("%s: %s\n", path.c_str(), loadResultText(result).c_str());
+      ++bad;
+    }
+  }
+  return bad ? 1 : 0;
+}
+
+int convert(const sArgs& a) {
+  if (a.positional.size() != 2) return usage("convert takes an input and an output file");
+  const char* out = a.positional[1].c_str();
+  if (exists(out) && !a.has("--force")) return fail(std::string(out) + ": exists (use --force)");
+  cCustomSignaturesTree tree;
+  if (!loadRules(a.positional[0].c_str(), tree)) return 1;
+  cFileIO file;
+  if (!file.create(out, fmWrite))
+    return fail(std::string(out) + ": cannot be created: " + std::strerror(errno));
+  if (tree.save(&file) != 0) return fail(std::string(out) + ": write failure");
+  return 0;
+}
+
+// ---- match ------------------------------------------------------------------------------
+
+// Walks the tree as find_match does and says what each definition's rules made of the
+// block.
+void explain(cScanSignature* first, const unsigned char* data, unsigned int size,
+             unsigned int avail, int depth) {
+  for (cScanSignature* n = first; n; n = n->nextSig()) {
+    const std::string indent(2 * static_cast<size_t>(depth), ' ');
+    const unsigned char* d = data;
+    unsigned int s = size, a = avail;
+    std::string scope = "whole range";
+    if (n->subset) {
+      const unsigned int at = n->subset->subset(d, a);
+      if (at == cScanSigSubset::kNotFound) {
+        scope = "subset not found: whole range";
+      } else if (at >= s || at >= a) {
+        std::printf("%s%s: skipped, its subset starts at %u, past the range\n", indent.c_str(),
+                    n->name.c_str(), at);
+        continue;
+      } else {
+        scope = "subset from " + std::to_string(at);
+        d += at;
+        s -= at;
+        a -= at;
+      }
+    }
+    std::printf("%s%s (%s, %s):\n", indent.c_str(), n->name.c_str(),
+                hitModeText(n->hitMode).c_str(), scope.c_str());
+    if (!n->hasStrRules()) std::printf("%s  no start rules\n", indent.c_str());
+    for (cScanSigRule* r = n->first_str(); r; r = n->next_str(r)) {
+      std::printf("%s  %s  %s\n", indent.c_str(), r->match(d, s, a) ? "hit " : "miss",
+                  ruleText(*r).c_str());
+    }
+    if (n->firstChildSig()) explain(n->firstChildSig(), d, s, a, depth + 1);
+  }
+}
+
+int match(const sArgs& a) {
+  if (a.positional.size() != 2) return usage("match takes a rules file and a sample file");
+  unsigned long long offset = 0, block = 512;
+  if (a.value("--offset") && !parseNumber(a.value("--offset"), offset))
+    return usage("bad --offset");
+  if (a.value("--block") &&
+      (!parseNumber(a.value("--block"), block) || block == 0 || block > (64u << 20)))
+    return usage("bad --block");
+  cCustomSignaturesTree tree;
+  if (!loadRules(a.positional[0].c_str(), tree)) return 1;
+  cFileIO sample;
+  const char* path = a.positional[1].c_str();
+  if (!sample.open(path, fmRead))
+    return fail(std::string(path) + ": cannot be opened: " + std::strerror(errno));
+  if (offset >= sample.size()) return fail(std::string(path) + ": the offset is past the end");
+  const unsigned long long avail = std::min<unsigned long long>(
+      sample.size() - offset, std::max<unsigned long long>(block, cRawScanner::kLookahead));
+  std::vector<unsigned char> bytes(static_cast<size_t>(avail));
+  if (!sample.set_fp(offset) || !sample.readf(bytes.data(), static_cast<unsigned int>(avail)))
+    return fail(std::string(path) + ": read failure");
+  const auto size = static_cast<unsigned int>(std::min(block, avail));
+  if (a.has("--why"))
+    explain(tree.firstSig(), bytes.data(), size, static_cast<unsigned int>(avail), 0);
+  const cScanSignature* found =
+      tree.find_match(bytes.data(), size, static_cast<unsigned int>(avail), offset);
+  if (found)
+    std::printf("match: %s [%s]\n", definitionPath(found).c_str(), found->ext.c_str());
+  else
+    std::printf("match: none\n");
+  return 0;
+}
+
+// ---- scan -------------------------------------------------------------------------------
+
+std::atomic<bool> gStop{false};
+
+void onInterrupt(int) {
+  gStop = true;
+}
+
+std::string jsonText(const std::string& s) {
+  std::string out;
+  for (char c : s) {
+    if (c == '"' || c == '\\') out += '\\';
+    if (static_cast<unsigned char>(c) < 0x20) {
+      char esc[8];
+      std::snprintf(esc, sizeof esc, "\\u%04x", c);
+      out += esc;
+      continue;
+    }
+    out += c;
+  }
+  return out;
+}
+
+std::string csvText(const std::string& s) {
+  std::string out = "\"";
+  for (char c : s) out += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return out + "\"";
+}
+
+bool carve(const char* image, const char* dir, const sFoundFile& f, bool force,
+           std::string& error) {
+  char name[64];
+  std::snprintf(name, sizeof name, "/%012llx.", f.offset);
+  const std::string path = std::string(dir) + name + f.definition->ext.c_str();
+  if (exists(path.c_str()) && !force) {
+    error = path + ": exists (use --force)";
+    return false;
+  }
+  cFileIO in, out;
+  if (!in.open(image, fmRead) || !in.set_fp(f.offset)) {
+    error = std::string(image) + ": cannot be read for carving";
+    return false;
+  }
+  if (!out.create(path.c_str(), fmWrite)) {
+    error = path + ": cannot be created: " + std::strerror(errno);
+    return false;
+  }
+  std::vector<unsigned char> buffer(1 << 20);
+  for (unsigned long long left = f.length; left > 0;) {
+    const auto n = static_cast<unsigned int>(std::min<unsigned long long>(left, buffer.size()));
+    if (!in.readf(buffer.data(), n) || !out.writef(buffer.data(), n)) {
+      error = path + ": carving failed";
+      return false;
+    }
+    left -= n;
+  }
+  return true;
+}
+
+int scan(const sArgs& a) {
+  if (a.positional.size() != 2) return usage("scan takes a rules file and an image");
+  sScanOptions options;
+  unsigned long long number = 0;
+  if (const char* b = a.value("--block")) {
+    if (!parseNumber(b, number) || (number != 512 && number != 4096))
+      return usage("--block is 512 or 4096");
+    options.block = static_cast<unsigned int>(number);
+  }
+  if (const char* m = a.value("--max-size")) {
+    if (!parseNumber(m, number) || number == 0) return usage("bad --max-size");
+    options.maxSize = number;
+  }
+  const std::string report = a.value("--report") ? a.value("--report") : "text";
+  if (report != "text" && report != "csv" && report != "json")
+    return usage("--report is csv or json");
+  const char* dir = a.value("--carve");
+  if (dir && !exists(dir)) return fail(std::string(dir) + ": no such folder");
+
+  cCustomSignaturesTree tree;
+  if (!loadRules(a.positional[0].c_str(), tree)) return 1;
+  const char* image = a.positional[1].c_str();
+  std::signal(SIGINT, onInterrupt);
+  const bool showProgress = isatty(2);
+  const auto started = std::chrono::steady_clock::now();
+  auto lastShown = started;
+  std::vector<sFoundFile> found;
+  std::string error;
+  bool carveFailed = false;
+  if (report == "csv") std::printf("offset,length,definition,extension,ended\n");
+  if (report == "json") std::printf("[");
+  auto onFile = [&](const sFoundFile& f) {
+    found.push_back(f);
+    const std::string path = definitionPath(f.definition);
+    if (report == "csv") {
+      std::printf("%llu,%llu,%s,%s,%s\n", f.offset, f.length, csvText(path).c_str(),
+                  csvText(f.definition->ext.c_str()).c_str(), f.how.c_str());
+    } else if (report == "json") {
+      std::printf("%s\n {\"offset\": %llu, \"length\": %llu, \"definition\": \"%s\", "
+                  "\"extension\": \"%s\", "
+                  "\"ended\": \"%s\"}",
+                  found.size() > 1 ? "," : "", f.offset, f.length, jsonText(path).c_str(),
+                  jsonText(f.definition->ext.c_str()).c_str(), f.how.c_str());
+    } else {
+      std::printf("%12llu %12llu  %-40s %-6s %s\n", f.offset, f.length, path.c_str(),
+                  f.definition->ext.c_str(), f.how.c_str());
+    }
+    std::string why;
+    if (dir && !carve(image, dir, f, a.has("--force"), why)) {
+      std::fprintf(stderr, "qvraci-rules: %s\n", why.c_str());
+      carveFailed = true;
+    }
+  };
+  auto onProgress = [&](unsigned long long done, unsigned long long total) {
+    if (!showProgress) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - lastShown < std::chrono::milliseconds(200) && done < total) return;
+    lastShown = now;
+    const double seconds = std::chrono::duration<double>(now - started).count();
+    std::fprintf(stderr, "\r%5.1f%%  %7.1f MB/s  %zu files ", total ? 100.0 * done / total : 100.0,
+                 seconds > 0 ? done / seconds / 1e6 : 0.0, found.size());
+  };
+  cRawScanner scanner(tree, options);
+  const bool ok = scanner.scan(image, onFile, onProgress, gStop, error);
+  if (showProgress) std::fprintf(stderr, "\n");
+  if (report == "json") std::printf("\n]\n");
+  if (!ok) return fail(error);
+  if (gStop) std::fprintf(stderr, "qvraci-rules: stopped; %zu files found so far\n", found.size());
+  return carveFailed || gStop ? 1 : 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return usage("no command");
+  const std::string command = argv[1];
+  const sArgs a = parseArgs(argc, argv, 2, {"--why", "--force"},
+                            {"--offset", "--block", "--carve", "--report", "--max-size"});
+  if (!a.error.empty()) return usage(a.error.c_str());
+  if (command == "show") return show(a);
+  if (command == "check") return check(a);
+  if (command == "convert") return convert(a);
+  if (command == "match") return match(a);
+  if (command == "scan") return scan(a);
+  if (command == "--help" || command == "help") {
+    std::printf("%s", kUsage);
+    return 0;
+  }
+  return usage(("unknown command " + command).c_str());
+}

@@ -1,0 +1,144 @@
+#include "scan.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "base/files.h"
+
+namespace {
+
+bool canEnd(const cScanSignature* node) {
+  for (; node; node = node->parentSig()) {
+    if (node->hasEndRules()) return true;
+  }
+  return false;
+}
+
+} // namespace
+
+void cRawScanner::finish(unsigned long long end, const char* how,
+                         const std::function<void(const sFoundFile&)>& onFile) {
+  end = std::min(std::max(end, myOpen.start), mySourceSize);
+  onFile({myOpen.start, end - myOpen.start, myOpen.node, how});
+  myOpen = {};
+}
+
+// Asks the open file's definition chain whether the file ends here; on success reports
+// it, reading the end offset back for the size field and forward for the other rules.
+bool cRawScanner::checkEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+                           unsigned long long pos,
+                           const std::function<void(const sFoundFile&)>& onFile) {
+  // shouldEnd clears the start of the definition whose rule fired; remember them to tell
+  // afterwards which rule it was.
+  std::vector<std::pair<cScanSignature*, unsigned long long>> chain;
+  for (cScanSignature* n = myOpen.node; n; n = n->parentSig()) chain.push_back({n, n->startPos});
+  unsigned int endOffset = 0;
+  if (!myTree.shouldEnd(myOpen.node, data, size, avail, pos, endOffset)) return false;
+  int kind = 0;
+  for (const auto& [node, start] : chain) {
+    if (!node->hasEndRules()) continue;
+    if (start == cScanSignature::kNoFile) break; // no file was open there: ends at once
+    unsigned int probe = 0;
+    for (cScanSigEndRule* r = node->first_end(); r && !kind; r = node->next_end(r)) {
+      if (r->match(data, size, avail, pos - start, probe)) kind = r->typeOf();
+    }
+    if (kind) break;
+  }
+  if (kind == 1) {
+    finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile);
+  } else {
+    finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile);
+  }
+  return true;
+}
+
+void cRawScanner::block(const unsigned char* data, unsigned int size, unsigned int avail,
+                        unsigned long long pos,
+                        const std::function<void(const sFoundFile&)>& onFile) {
+  if (myOpen.node) {
+    if (!canEnd(myOpen.node) || !checkEnd(data, size, avail, pos, onFile)) {
+      if (pos + size - myOpen.start >= myOptions.maxSize) {
+        finish(myOpen.start + myOptions.maxSize, "size cap", onFile);
+      }
+    }
+  }
+  cScanSignature* found = myTree.find_match(data, size, avail, pos);
+  if (!found || (myOpen.node && found->hitMode != cScanSignature::hmActive)) return;
+  if (myOpen.node) finish(pos, "next start", onFile);
+  myOpen = {found, pos};
+  if (canEnd(found)) checkEnd(data, size, avail, pos, onFile);
+}
+
+void cRawScanner::scanBytes(const unsigned char* data, unsigned long long size,
+                            const std::function<void(const sFoundFile&)>& onFile) {
+  mySourceSize = size;
+  myOpen = {};
+  for (unsigned long long pos = 0; pos < size; pos += myOptions.block) {
+    const unsigned long long left = size - pos;
+    block(data + pos,
+          static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
+          static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
+  }
+  if (myOpen.node) finish(size, "source end", onFile);
+}
+
+bool cRawScanner::scan(
+    const char* path, const std::function<void(const sFoundFile&)>& onFile,
+    const std::function<void(unsigned long long, unsigned long long)>& onProgress,
+    const std::atomic<bool>& stop, std::string& error) {
+  cFileIO source;
+  if (!source.open(path, fmRead)) {
+    error = std::string(path) + ": cannot be opened: " + std::strerror(errno);
+    return false;
+  }
+  // Block devices report no size through fstat; seeking to the end finds it.
+  unsigned long long total = source.size();
+  if (total == 0 && source.set_fp_end(0)) {
+    total = static_cast<unsigned long long>(lseek(static_cast<int>(source.handle()), 0, SEEK_CUR));
+    source.set_fp(0);
+  }
+  mySourceSize = total;
+  myOpen = {};
+  const size_t chunk = 8u << 20;
+  std::vector<unsigned char> buffer(chunk + kLookahead);
+  unsigned long long bufferPos = 0; // the source offset of buffer[0]
+  size_t have = 0;
+  bool atEnd = false;
+  unsigned long long pos = 0;
+  while (pos < total && !stop) {
+    // Keep the block and its lookahead in the buffer.
+    if (!atEnd && pos + myOptions.block + kLookahead > bufferPos + have) {
+      const size_t keep = static_cast<size_t>(bufferPos + have - pos);
+      std::memmove(buffer.data(), buffer.data() + (pos - bufferPos), keep);
+      bufferPos = pos;
+      have = keep;
+      while (have < buffer.size()) {
+        const long long n =
+            source.read(buffer.data() + have, static_cast<unsigned int>(buffer.size() - have));
+        if (n < 0) {
+          error = std::string(path) + ": read failure at " + std::to_string(bufferPos + have);
+          return false;
+        }
+        if (n == 0) {
+          atEnd = true;
+          break;
+        }
+        have += static_cast<size_t>(n);
+      }
+      total = std::max(total, bufferPos + have);
+      if (atEnd) mySourceSize = total = bufferPos + have;
+      onProgress(pos, total);
+    }
+    const unsigned long long left = bufferPos + have - pos;
+    if (left == 0) break;
+    block(buffer.data() + (pos - bufferPos),
+          static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
+          static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
+    pos += myOptions.block;
+  }
+  if (myOpen.node) finish(std::min(pos, total), stop ? "stopped" : "source end", onFile);
+  onProgress(std::min(pos, total), total);
+  return true;
+}

@@ -1,0 +1,75 @@
+// A small raw-scan engine over the signature tree.
+//
+// Policy (also in the README):
+// - The source is read block by block. For each block, `size` is the block (shorter at
+//   the end of the source) and `avail` reaches up to kLookahead bytes past the block's
+//   start, so that fixed-position rules can read header fields beyond the block.
+// - An open file is asked first whether it ends in this block (shouldEnd, through the
+//   definition and its ancestors). The size-field rule counts back from the block's
+//   position (end = position - endOffset); every other end rule counts forward (end =
+//   position + endOffset).
+// - Then find_match looks for a file start. An "Always (active)" hit starts a new file
+//   even while one is open, which then ends here ("next start"); an "If no other hits
+//   (passive)" hit starts one only when none is open. A new file is also asked at once
+//   whether it ends within its first block.
+// - A file that meets no end rule ends at the next start, at the size cap, or at the end
+//   of the source.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+#include "zorb/customsig.h"
+
+struct sFoundFile {
+  unsigned long long offset = 0;
+  unsigned long long length = 0;
+  const cScanSignature* definition = nullptr;
+  std::string
+      how; // "size field", "end rule", "end of text", "next start", "size cap", "source end"
+};
+
+struct sScanOptions {
+  unsigned int block = 512;
+  unsigned long long maxSize = 256ULL << 20;
+};
+
+class cRawScanner {
+public:
+  static constexpr unsigned int kLookahead = 64 * 1024;
+
+  cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options)
+      : myTree(tree), myOptions(options) {}
+
+  // Scans the readable file at path (a regular file or a block device). Calls onFile for
+  // every file found, in order, and onProgress now and then with the bytes done. Stops
+  // early, reporting what was found, when stop becomes true. False with a message when
+  // the source cannot be read.
+  bool
+  scan(const char* path, const std::function<void(const sFoundFile&)>& onFile,
+       const std::function<void(unsigned long long done, unsigned long long total)>& onProgress,
+       const std::atomic<bool>& stop, std::string& error);
+
+  // The same over bytes in memory.
+  void scanBytes(const unsigned char* data, unsigned long long size,
+                 const std::function<void(const sFoundFile&)>& onFile);
+
+private:
+  struct sOpen {
+    cScanSignature* node = nullptr;
+    unsigned long long start = 0;
+  };
+  // One block at pos: data holds avail bytes, of which size belong to the block.
+  void block(const unsigned char* data, unsigned int size, unsigned int avail,
+             unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
+  bool checkEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+                unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
+  void finish(unsigned long long end, const char* how,
+              const std::function<void(const sFoundFile&)>& onFile);
+
+  cCustomSignaturesTree& myTree;
+  sScanOptions myOptions;
+  sOpen myOpen;
+  unsigned long long mySourceSize = 0;
+};
