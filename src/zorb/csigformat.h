@@ -17,9 +17,9 @@ constexpr unsigned char kNode = 0x01;
 constexpr unsigned char kEnd = 0x00;
 constexpr unsigned char kAnyRules = 0x08;
 
-constexpr unsigned int kMaxName = 4095;        // names, extensions, byte rules
-constexpr unsigned int kMaxQuoted = 4092;      // string rules, which gain quotes and a sign
-constexpr unsigned int kMaxMagicText = 65535;  // the magic subset's text (as a u16 text)
+constexpr unsigned int kMaxName = 4095;       // names, extensions, byte rules
+constexpr unsigned int kMaxQuoted = 4092;     // string rules, which gain quotes and a sign
+constexpr unsigned int kMaxMagicText = 65535; // the magic subset's text (as a u16 text)
 
 enum eResult { rOk = 0, rIo = 1, rMagic = 2, rValue = 3, rType = 4 };
 

@@ -111,7 +111,9 @@ TEST(RulesFile, OlderKindsBecomeAdvancedHex) {
   EXPECT_EQ(firstContent(mask), "Advanced/HEX: [3412/FFFF] (at 0x8)");
 
   cCustomSignaturesTree exact;
-  ASSERT_EQ(load(exact, oneNode(cBytes().u8(1).u32(2).u32(3).raw(std::string("\x4D\x5A\x00", 3)).u8(0).b)), 0);
+  ASSERT_EQ(load(exact,
+                 oneNode(cBytes().u8(1).u32(2).u32(3).raw(std::string("\x4D\x5A\x00", 3)).u8(0).b)),
+            0);
   EXPECT_EQ(firstContent(exact), "Advanced/HEX: 4D5A00 (at 0x2)");
 
   cCustomSignaturesTree uni;
