@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/str.h"
+#include "textforms.h"
 
 namespace {
 
@@ -46,21 +47,10 @@ long long readCount(const char* s, long long n) {
   return value;
 }
 
-long long utf8Length(const std::string& text, bool caseSensitive,
-                     unsigned short (*caseMap)(unsigned short)) {
-  _typebuf<unsigned short> units;
-  _pc2w(text.c_str(), units, static_cast<long long>(text.size()));
-  if (!caseSensitive) {
-    for (unsigned short& u : units) u = caseMap(u);
-  }
-  return w2utf8_require(units.data(), units.count());
-}
-
-unsigned short lowerUnit(unsigned short u) {
-  return __acp_lower(u);
-}
-unsigned short upperUnit(unsigned short u) {
-  return __acp_upper(u);
+// The UTF-8 length of a text after caseMap (none when caseSensitive).
+long long utf8Length(const std::string& text, bool caseSensitive, cihex::tCaseMap caseMap) {
+  return cihex::toUtf8(cihex::mapped(cihex::toUnits(text), caseSensitive ? nullptr : caseMap))
+      .count();
 }
 
 } // namespace
@@ -238,11 +228,11 @@ bool cAdvLexer::lexText(sAdvToken& t, char quote) {
   if (t.kind == eAdvToken::Utf16Text) t.positions = 2 * unescaped;
   if (t.kind == eAdvToken::Utf8Text) {
     if (!t.caseSensitive &&
-        utf8Length(t.text, false, lowerUnit) != utf8Length(t.text, false, upperUnit))
+        utf8Length(t.text, false, cihex::lowerUnit) != utf8Length(t.text, false, cihex::upperUnit))
       return fail();
     // Counted with the escaping backslashes, which the filling pass drops: such a
     // pattern ends in one empty position per escaped backtick.
-    t.positions = utf8Length(std::string(start, p), t.caseSensitive, lowerUnit);
+    t.positions = utf8Length(std::string(start, p), t.caseSensitive, cihex::lowerUnit);
   }
   myPos = p + 1;
   return true;

@@ -6,8 +6,10 @@
 
 #include "advlexer.h"
 #include "base/str.h"
+#include "textforms.h"
 
 using sByteDescr = sHexSearchRule::sByteDescr;
+using namespace cihex;
 
 namespace {
 
@@ -24,29 +26,6 @@ private:
   long long myUsed = 0;
   sByteDescr mySpill{}; // absorbs writes past the room the counting pass gave
 };
-
-_typebuf<unsigned short> toUnits(const std::string& text) {
-  _typebuf<unsigned short> units;
-  _pc2w(text.c_str(), units, static_cast<long long>(text.size()));
-  return units;
-}
-
-_typebuf<char> toUtf8(_typebuf<unsigned short> units, unsigned short (*caseMap)(unsigned short)) {
-  if (caseMap) {
-    for (unsigned short& u : units) u = caseMap(u);
-  }
-  _typebuf<char> bytes;
-  bytes.set(w2utf8_require(units.data(), units.count()));
-  w2utf8(units.data(), units.count(), bytes.data(), bytes.count());
-  return bytes;
-}
-
-unsigned short lowerUnit(unsigned short u) {
-  return __acp_lower(u);
-}
-unsigned short upperUnit(unsigned short u) {
-  return __acp_upper(u);
-}
 
 void fillAscii(const sAdvToken& t, cFiller& f) {
   for (char c : t.text) {
@@ -79,10 +58,11 @@ void fillUtf16(const sAdvToken& t, cFiller& f) {
 void fillUtf8(const sAdvToken& t, cFiller& f) {
   const _typebuf<unsigned short> units = toUnits(t.text);
   if (t.caseSensitive) {
-    for (char c : toUtf8(units, nullptr)) f.next()->add(static_cast<unsigned char>(c));
+    for (char c : toUtf8(units)) f.next()->add(static_cast<unsigned char>(c));
     return;
   }
-  const _typebuf<char> lower = toUtf8(units, lowerUnit), upper = toUtf8(units, upperUnit);
+  const _typebuf<char> lower = toUtf8(mapped(units, lowerUnit)),
+                       upper = toUtf8(mapped(units, upperUnit));
   for (long long i = 0; i < lower.count() && i < upper.count(); ++i) {
     sByteDescr* d = f.next();
     d->add(static_cast<unsigned char>(lower[i]));
@@ -173,12 +153,6 @@ _typebuf<unsigned char> encodeTo(const _typebuf<unsigned short>& units, int cp, 
   _typebuf<unsigned char> bytes(length);
   __w2a(units.data(), units.count(), reinterpret_cast<char*>(bytes.data()), length, cp);
   return bytes;
-}
-
-_typebuf<unsigned short> mapped(_typebuf<unsigned short> units,
-                                unsigned short (*caseMap)(unsigned short)) {
-  for (unsigned short& u : units) u = caseMap(u);
-  return units;
 }
 
 } // namespace
