@@ -1,9 +1,11 @@
 // Fuzz target: loading a rules file from any bytes; a tree that loads must save, load
-// again and save to the same bytes, and must scan the input as a disk block.
+// again and save to the same bytes, must build from its text form to those bytes too, and
+// must scan the input as a disk block.
 #include <cstddef>
 #include <cstdint>
 
 #include "base/memtarget.h"
+#include "zorb/csigtext.h"
 #include "zorb/customsig.h"
 
 namespace {
@@ -27,6 +29,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     cCustomSignaturesTree again;
     cMemoryTarget back(first.data(), first.size());
     if (again.load(&back) != 0 || saved(again) != first) __builtin_trap();
+    std::string text, error;
+    if (!rulesToText(tree, text, error)) __builtin_trap();
+    cCustomSignaturesTree built;
+    sRulesTextError where;
+    if (!rulesFromText(text, built, where) || saved(built) != first) __builtin_trap();
   }
   // Whatever was read, half a tree included, scans the input as a block.
   const auto block = static_cast<unsigned int>(size);

@@ -16,5 +16,7 @@ for f in "$build"/fuzz/fuzz_*; do
   name=${name#fuzz_}
   [[ -n "$only" && "$only" != "$name" ]] && continue
   mkdir -p "fuzz/corpus/$name"
-  "$f" -max_total_time="$seconds" -max_len=4096 "fuzz/corpus/$name"
+  dict=()
+  [[ -f "fuzz/$name.dict" ]] && dict=(-dict="fuzz/$name.dict")
+  "$f" -max_total_time="$seconds" -max_len=4096 "${dict[@]}" "fuzz/corpus/$name"
 done

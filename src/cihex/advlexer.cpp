@@ -66,6 +66,7 @@ void bbToRule(sHexSearchRule::sByteDescr& d, unsigned char hi, unsigned char lo)
 
 bool cAdvLexer::next(sAdvToken& t) {
   if (myFailed || !*myPos) return false;
+  myTokenStart = myPos;
   const char c = *myPos;
   t.caseSensitive = myCaseSensitive;
   t.positions = 0;
@@ -236,4 +237,22 @@ bool cAdvLexer::lexText(sAdvToken& t, char quote) {
   }
   myPos = p + 1;
   return true;
+}
+
+std::string advTextProblem(const char* text) {
+  if (!text || !*text) return "the pattern is empty";
+  cAdvLexer lexer(text);
+  sAdvToken token;
+  long long total = 0;
+  while (lexer.next(token)) total += token.positions;
+  if (lexer.failed()) {
+    const char* at = lexer.tokenStart();
+    const std::string shown(at, strnlen(at, 16));
+    return "bad pattern text at column " + std::to_string(at - text + 1) + ": " + shown;
+  }
+  if (total == 0) return "the pattern holds no bytes, only separators and case marks";
+  if (total > sHexSearchRule::kMaxPositions)
+    return "the pattern is longer than " + std::to_string(sHexSearchRule::kMaxPositions) + " bytes";
+  sHexSearchRule::_pattern pattern;
+  return sHexSearchRule::cnvAdv(pattern, text) ? "" : "the pattern does not compile";
 }

@@ -41,6 +41,8 @@ public:
   // The next token; false at the end of the text, or on bad text (then failed() is true).
   bool next(sAdvToken& token);
   bool failed() const { return myFailed; }
+  // Where the last token read (or the one that failed) begins.
+  const char* tokenStart() const { return myTokenStart; }
 
 private:
   bool fail() {
@@ -55,9 +57,14 @@ private:
   bool lexText(sAdvToken& t, char quote);
 
   const char* myPos;
+  const char* myTokenStart = myPos;
   bool myFailed = false;
   bool myCaseSensitive = true;
 };
+
+// Why cnvAdv refuses a text, as a phrase ("the pattern is empty", "bad text at column
+// 4: ..."), or "" when it compiles.
+std::string advTextProblem(const char* text);
 
 // Adds to d the values of a byte written as two nibbles (above 15: a wildcard nibble).
 void bbToRule(sHexSearchRule::sByteDescr& d, unsigned char hi, unsigned char lo);

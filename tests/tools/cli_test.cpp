@@ -108,6 +108,36 @@ TEST_F(cCliTest, ConvertWritesTheCurrentVersionAndNeverOverwrites) {
   EXPECT_EQ(run("convert " + rules + " " + out + " --force").status, 0);
 }
 
+TEST_F(cCliTest, ExportAndBuildRoundTrip) {
+  const sRun text = run("export " + rules);
+  EXPECT_EQ(text.status, 0);
+  EXPECT_EQ(text.out, "qvraci-rules text 1\n"
+                      "definition \"JPEG image\" ext \"jpg\" {\n"
+                      "  start at 0: FF D8 FF\n"
+                      "  end after 2: FF D9\n"
+                      "}\n"
+                      "definition \"Texts\" ext \"\" mode never {\n"
+                      "  definition \"Plain text\" ext \"txt\" mode passive {\n"
+                      "    start ascii-text\n"
+                      "  }\n"
+                      "}\n");
+  const std::string source = dir + "/rules.txt", built = dir + "/built.qrrs";
+  write(source, text.out);
+  EXPECT_EQ(run("build " + source + " " + built).status, 0);
+  EXPECT_EQ(read(built), read(rules));
+  const sRun again = run("build " + source + " " + built);
+  EXPECT_EQ(again.status, 1);
+  EXPECT_NE(again.out.find("exists (use --force)"), std::string::npos);
+
+  // A bad line names itself, and nothing is written.
+  write(source, "qvraci-rules text 1\ndefinition \"x\" {\n  start at 0: 4D 5Z\n}\n");
+  const std::string bad = dir + "/bad.qrrs";
+  const sRun refused = run("build " + source + " " + bad);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.out, "qvraci-rules: " + source + ":3: bad pattern text at column 5: Z\n");
+  EXPECT_EQ(access(bad.c_str(), F_OK), -1);
+}
+
 TEST_F(cCliTest, MatchSaysWhy) {
   EXPECT_EQ(run("match " + rules + " " + sample + " --offset 1024").out,
             "match: JPEG image [jpg]\n");

@@ -13,8 +13,10 @@
 #include <vector>
 
 #include "base/files.h"
+#include "base/memtarget.h"
 #include "describe.h"
 #include "scan.h"
+#include "zorb/csigtext.h"
 
 namespace {
 
@@ -23,6 +25,8 @@ const char kUsage[] =
     "  show FILE.qrrs                     the definitions and their rules\n"
     "  check FILE...                      load each file and say whether it is good\n"
     "  convert IN OUT [--force]           load either version, save QVRASI01\n"
+    "  export FILE.qrrs                   the definitions as text, on standard output\n"
+    "  build TEXT OUT.qrrs [--force]      a rules file from that text\n"
     "  match FILE.qrrs SAMPLE [--offset N] [--block N] [--why]\n"
     "                                     which definition recognises that block\n"
     "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
@@ -154,6 +158,63 @@ int convert(const sArgs& a) {
   if (!file.create(out, fmWrite))
     return fail(std::string(out) + ": cannot be created: " + std::strerror(errno));
   if (tree.save(&file) != 0) return fail(std::string(out) + ": write failure");
+  return 0;
+}
+
+// ---- export, build ---------------------------------------------------------------------
+
+int exportText(const sArgs& a) {
+  if (a.positional.size() != 1) return usage("export takes one rules file");
+  cCustomSignaturesTree tree;
+  if (!loadRules(a.positional[0].c_str(), tree)) return 1;
+  std::string text, error;
+  if (!rulesToText(tree, text, error)) return fail(a.positional[0] + ": " + error);
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    return fail("cannot write to standard output");
+  return 0;
+}
+
+// Reads a whole text file of at most `limit` bytes.
+bool readText(const std::string& path, unsigned long long limit, std::string& text) {
+  cFileIO file;
+  if (!file.open(path.c_str(), fmRead)) {
+    fail(path + ": cannot be opened: " + std::strerror(errno));
+    return false;
+  }
+  const unsigned long long size = file.size();
+  if (size > limit) {
+    fail(path + ": too large for a definition text (over " + std::to_string(limit >> 20) + " MiB)");
+    return false;
+  }
+  text.resize(static_cast<size_t>(size));
+  if (size && !file.readf(text.data(), static_cast<unsigned int>(size))) {
+    fail(path + ": read failure");
+    return false;
+  }
+  return true;
+}
+
+int build(const sArgs& a) {
+  if (a.positional.size() != 2) return usage("build takes a text file and an output file");
+  const std::string& source = a.positional[0];
+  const char* out = a.positional[1].c_str();
+  if (exists(out) && !a.has("--force")) return fail(std::string(out) + ": exists (use --force)");
+  std::string text;
+  if (!readText(source, 64ull << 20, text)) return 1;
+  cCustomSignaturesTree tree;
+  sRulesTextError error;
+  if (!rulesFromText(text, tree, error)) {
+    const std::string where = error.line ? ":" + std::to_string(error.line) : "";
+    return fail(source + where + ": " + error.message);
+  }
+  cMemoryTarget bytes;
+  if (tree.save(&bytes) != 0) return fail("the tree could not be saved");
+  cFileIO file;
+  if (!file.create(out, fmWrite))
+    return fail(std::string(out) + ": cannot be created: " + std::strerror(errno));
+  const std::vector<unsigned char>& data = bytes.bytes();
+  if (!file.writef(data.data(), static_cast<unsigned int>(data.size())))
+    return fail(std::string(out) + ": write failure");
   return 0;
 }
 
@@ -367,6 +428,8 @@ int main(int argc, char** argv) {
   if (command == "show") return show(a);
   if (command == "check") return check(a);
   if (command == "convert") return convert(a);
+  if (command == "export") return exportText(a);
+  if (command == "build") return build(a);
   if (command == "match") return match(a);
   if (command == "scan") return scan(a);
   if (command == "--help" || command == "help") {
