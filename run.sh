@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release configuration and starts the rules editor.
+# Builds the release configuration and starts the rules editor, with the starter
+# definitions (examples/common.qrrs) unless a rules file is given.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh
@@ -13,5 +14,8 @@ if [[ ! -x "$editor" ]]; then
   echo "run.sh: the rules editor (qvraci-ruled) is not part of this build yet;" >&2
   echo "run.sh: the libraries built in $build, and ./test.sh runs their tests." >&2
   exit 1
+fi
+if [[ $# -eq 0 ]]; then
+  set -- examples/common.qrrs
 fi
 exec "$editor" "$@"

@@ -7,10 +7,12 @@ set -euo pipefail
 build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcairo2-dev
        libpango1.0-dev fonts-dejavu-core)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
-       clang libfuzzer-14-dev clang-format)
+       clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript)
+# The carvers that bench/carvers.sh compares qvraci-rules with.
+carvers=(testdisk foremost scalpel)
 tables=(locales unicode-data python3)
 
-wanted=("${build[@]}" "${tests[@]}")
+wanted=("${build[@]}" "${tests[@]}" "${carvers[@]}")
 [[ "${1:-}" == "--tables" ]] && wanted+=("${tables[@]}")
 
 missing=()

@@ -1,0 +1,164 @@
+#!/usr/bin/env python3
+"""Checks the starter definitions against real files made on this machine.
+
+    starter_test.py QVRACI_RULES EXAMPLES_DIR WORK_DIR
+
+- examples/common.qrrs is what `build` makes of examples/common.txt;
+- every sample is recognised by the definition it belongs to (`match`);
+- a disk image of all samples, each on a block boundary, scans to every sample at its
+  offset, with its exact length where the definition has a size field, a footer or the
+  end of text, and ending at the next file otherwise;
+- random data holds no file.
+"""
+
+import json
+import os
+import random
+import subprocess
+import sys
+
+import make_samples
+
+# sample: (definition path, whether the definition finds the exact end)
+EXPECTED = {
+    "image.jpg": ("Images/JPEG image", True),
+    "image.png": ("Images/PNG image", True),
+    "image.gif": ("Images/GIF image", False),
+    "image.bmp": ("Images/BMP image", True),
+    "image.tif": ("Images/TIFF image", False),
+    "image.webp": ("Images/WebP image", True),
+    "image.ico": ("Images/Windows icon/Windows icon, one image", True),
+    "image.psd": ("Images/Photoshop image", False),
+    "paper.pdf": ("Documents/PDF document", True),
+    "paper.ps": ("Documents/PostScript document", True),
+    "letter.rtf": ("Documents/RTF document", True),
+    "page.html": ("Documents/HTML page", True),
+    "data.xml": ("Documents/XML document", True),
+    "archive.zip": ("Archives/ZIP archive", True),
+    "letter.docx": ("Archives/ZIP archive/Office Open XML document", True),
+    "letter.odt": ("Archives/ZIP archive/OpenDocument text", True),
+    "sheet.ods": ("Archives/ZIP archive/OpenDocument spreadsheet", True),
+    "book.epub": ("Archives/ZIP archive/EPUB book", True),
+    "archive.gz": ("Archives/gzip archive", False),
+    "archive.bz2": ("Archives/bzip2 archive", False),
+    "archive.xz": ("Archives/xz archive", True),
+    "archive.tar": ("Archives/tar archive", False),
+    "sound.wav": ("Audio/WAV audio", True),
+    "sound.aiff": ("Audio/AIFF audio", True),
+    "sound.au": ("Audio/Sun audio/Sun audio, 44-byte header", True),
+    "sound.flac": ("Audio/FLAC audio", False),
+    "sound.ogg": ("Audio/Ogg audio", False),
+    "sound.mp3": ("Audio/MP3 audio", False),
+    "sound.mid": ("Audio/MIDI music/MIDI music, one track", True),
+    "movie.avi": ("Video/AVI video", True),
+    "movie.mp4": ("Video/MP4 video", False),
+    "movie.mov": ("Video/MP4 video/QuickTime movie", False),
+    "movie.mkv": ("Video/Matroska video", False),
+    "movie.webm": ("Video/Matroska video/WebM video", False),
+    "movie.mpg": ("Video/MPEG video", False),
+    "movie.flv": ("Video/Flash video", False),
+    "movie.wmv": ("Video/Windows Media video", False),
+    "program.elf": ("Programs/ELF program", False),
+    "program.exe": ("Programs/DOS header/Windows program", False),
+    "module.pyc": ("Programs/Python bytecode", False),
+    "store.sqlite": ("Databases/SQLite database/SQLite database, 4 KiB pages", True),
+    "font.ttf": ("Fonts/TrueType font", False),
+}
+BLOCK = 512
+# Passive definitions start a file only when none is open, so in the image each of these
+# follows a file that has ended.
+PASSIVE = ["module.pyc", "movie.mpg"]
+
+failures = []
+
+
+def check(condition, message):
+    if not condition:
+        failures.append(message)
+
+
+def rules(*args):
+    return subprocess.run([TOOL, *args], capture_output=True, text=True)
+
+
+def test_built_file_is_current():
+    built = os.path.join(WORK, "common.qrrs")
+    result = rules("build", os.path.join(EXAMPLES, "common.txt"), built, "--force")
+    check(result.returncode == 0, "build of common.txt failed: " + result.stderr)
+    with open(built, "rb") as a, open(os.path.join(EXAMPLES, "common.qrrs"), "rb") as b:
+        check(a.read() == b.read(), "examples/common.qrrs is not what common.txt builds")
+    check(len(EXPECTED) >= 25, "fewer than 25 file types are checked")
+
+
+def test_every_sample_matches(samples, qrrs):
+    made = sorted(f for f in os.listdir(samples))
+    check(made == sorted(EXPECTED), "samples made and expected differ: %s" %
+          sorted(set(made) ^ set(EXPECTED)))
+    for name, (definition, _) in EXPECTED.items():
+        result = rules("match", qrrs, os.path.join(samples, name))
+        ext = name.rsplit(".", 1)[1]
+        check(result.stdout == "match: %s [%s]\n" % (definition, ext),
+              "%s: %s%s" % (name, result.stdout.strip(), result.stderr.strip()))
+
+
+def test_scan_finds_every_sample(samples, qrrs):
+    image = os.path.join(WORK, "image.bin")
+    placed = []  # (offset, name, size, padded size)
+    with open(image, "wb") as out:
+        out.write(bytes(BLOCK))
+        others = sorted(set(EXPECTED) - set(PASSIVE) - {"sound.wav"})
+        for name in [PASSIVE[0], "sound.wav", PASSIVE[1]] + others:
+            with open(os.path.join(samples, name), "rb") as f:
+                data = f.read()
+            padded = -(-len(data) // BLOCK) * BLOCK
+            placed.append((out.tell(), name, len(data), padded))
+            out.write(data + bytes(padded - len(data)))
+        out.write(bytes(8 * BLOCK))
+    result = rules("scan", qrrs, image, "--report", "json")
+    check(result.returncode == 0, "scan failed: " + result.stderr)
+    found = {f["offset"]: (f["length"], f["definition"], f["ended"])
+             for f in json.loads(result.stdout)}
+    check(len(found) == len(placed), "scan found %d files, not %d:\n%s" %
+          (len(found), len(placed), result.stdout))
+    for offset, name, size, padded in placed:
+        definition, exact = EXPECTED[name]
+        if offset not in found:
+            check(False, "%s at %d was not found" % (name, offset))
+            continue
+        length, got, how = found[offset]
+        check(got == definition, "%s was found as %s" % (name, got))
+        if exact:
+            check(length == size, "%s: length %d, not %d (%s)" % (name, length, size, how))
+        else:
+            check(length == padded and how == "next start",
+                  "%s: length %d (%s), not %d up to the next file" % (name, length, how, padded))
+
+
+def test_random_data_holds_no_file(qrrs):
+    noise = os.path.join(WORK, "noise.bin")
+    with open(noise, "wb") as out:
+        out.write(random.Random(5).randbytes(8 << 20))
+    result = rules("scan", qrrs, noise, "--report", "json")
+    check(result.returncode == 0 and json.loads(result.stdout) == [],
+          "random data: " + result.stdout + result.stderr)
+
+
+def main():
+    samples = os.path.join(WORK, "samples")
+    make_samples.OUT = samples
+    make_samples.main()
+    qrrs = os.path.join(EXAMPLES, "common.qrrs")
+    test_built_file_is_current()
+    test_every_sample_matches(samples, qrrs)
+    test_scan_finds_every_sample(samples, qrrs)
+    test_random_data_holds_no_file(qrrs)
+    for f in failures:
+        print("FAIL:", f)
+    print("%d samples, %d failures" % (len(EXPECTED), len(failures)))
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    TOOL, EXAMPLES, WORK = sys.argv[1:4]
+    os.makedirs(WORK, exist_ok=True)
+    sys.exit(main())
