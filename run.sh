@@ -12,7 +12,8 @@ cmake --build "$build"
 editor="$build/src/qvrasci-ruled/qvraci-ruled"
 if [[ ! -x "$editor" ]]; then
   echo "run.sh: the rules editor (qvraci-ruled) is not part of this build yet;" >&2
-  echo "run.sh: the libraries built in $build, and ./test.sh runs their tests." >&2
+  echo "run.sh: the libraries and $build/tools/qvraci-rules/qvraci-rules built;" >&2
+  echo "run.sh: ./test.sh runs the tests." >&2
   exit 1
 fi
 if [[ $# -eq 0 ]]; then

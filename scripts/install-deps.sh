@@ -8,8 +8,8 @@ build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcair
        libpango1.0-dev fonts-dejavu-core)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
        clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript)
-# The carvers that bench/carvers.sh compares qvraci-rules with.
-carvers=(testdisk foremost scalpel)
+# The carvers that bench/carvers.py compares qvraci-rules with, and GNU time.
+carvers=(testdisk foremost scalpel time)
 tables=(locales unicode-data python3)
 
 wanted=("${build[@]}" "${tests[@]}" "${carvers[@]}")

@@ -177,6 +177,8 @@ def portable_executable():
 
 
 def databases():
+    if os.path.exists(path("store.sqlite")):
+        os.remove(path("store.sqlite"))
     db = sqlite3.connect(path("store.sqlite"))
     db.execute("create table notes (id integer primary key, text)")
     db.executemany("insert into notes (text) values (?)",

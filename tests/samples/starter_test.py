@@ -14,6 +14,7 @@
 import json
 import os
 import random
+import shutil
 import subprocess
 import sys
 
@@ -57,7 +58,7 @@ EXPECTED = {
     "movie.webm": ("Video/Matroska video/WebM video", False),
     "movie.mpg": ("Video/MPEG video", False),
     "movie.flv": ("Video/Flash video", False),
-    "movie.wmv": ("Video/Windows Media video", False),
+    "movie.wmv": ("Video/Windows Media video/Windows Media video, file properties first", True),
     "program.elf": ("Programs/ELF program", False),
     "program.exe": ("Programs/DOS header/Windows program", False),
     "module.pyc": ("Programs/Python bytecode", False),
@@ -145,6 +146,7 @@ def test_random_data_holds_no_file(qrrs):
 
 def main():
     samples = os.path.join(WORK, "samples")
+    shutil.rmtree(samples, ignore_errors=True)
     make_samples.OUT = samples
     make_samples.main()
     qrrs = os.path.join(EXAMPLES, "common.qrrs")

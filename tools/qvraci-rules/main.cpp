@@ -316,6 +316,29 @@ std::string csvText(const std::string& s) {
   return out + "\"";
 }
 
+// Copies length bytes from offset of in to out: inside the kernel where it can, and
+// through a buffer for what it cannot (another file system, a device).
+bool copyRange(cFileIO& in, cFileIO& out, unsigned long long offset, unsigned long long length) {
+  const int from = static_cast<int>(in.handle()), to = static_cast<int>(out.handle());
+  auto at = static_cast<off64_t>(offset);
+  unsigned long long left = length;
+  while (left > 0) {
+    const ssize_t n =
+        copy_file_range(from, &at, to, nullptr, std::min<unsigned long long>(left, 1ull << 30), 0);
+    if (n <= 0) break;
+    left -= static_cast<unsigned long long>(n);
+  }
+  if (left == 0) return true;
+  if (!in.set_fp(static_cast<unsigned long long>(at))) return false;
+  std::vector<unsigned char> buffer(std::min<unsigned long long>(left, 1 << 20));
+  while (left > 0) {
+    const auto n = static_cast<unsigned int>(std::min<unsigned long long>(left, buffer.size()));
+    if (!in.readf(buffer.data(), n) || !out.writef(buffer.data(), n)) return false;
+    left -= n;
+  }
+  return true;
+}
+
 bool carve(const char* image, const char* dir, const sFoundFile& f, bool force,
            std::string& error) {
   char name[64];
@@ -334,14 +357,9 @@ bool carve(const char* image, const char* dir, const sFoundFile& f, bool force,
     error = path + ": cannot be created: " + std::strerror(errno);
     return false;
   }
-  std::vector<unsigned char> buffer(1 << 20);
-  for (unsigned long long left = f.length; left > 0;) {
-    const auto n = static_cast<unsigned int>(std::min<unsigned long long>(left, buffer.size()));
-    if (!in.readf(buffer.data(), n) || !out.writef(buffer.data(), n)) {
-      error = path + ": carving failed";
-      return false;
-    }
-    left -= n;
+  if (!copyRange(in, out, f.offset, f.length)) {
+    error = path + ": carving failed: " + std::strerror(errno);
+    return false;
   }
   return true;
 }

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include "base/files.h"
@@ -73,16 +76,71 @@ void cRawScanner::block(const unsigned char* data, unsigned int size, unsigned i
 
 void cRawScanner::scanBytes(const unsigned char* data, unsigned long long size,
                             const std::function<void(const sFoundFile&)>& onFile) {
+  const std::atomic<bool> never{false};
+  scanMemory(
+      data, size, onFile, [](unsigned long long, unsigned long long) {}, never);
+}
+
+void cRawScanner::scanMemory(
+    const unsigned char* data, unsigned long long size,
+    const std::function<void(const sFoundFile&)>& onFile,
+    const std::function<void(unsigned long long, unsigned long long)>& onProgress,
+    const std::atomic<bool>& stop) {
   mySourceSize = size;
   myOpen = {};
-  for (unsigned long long pos = 0; pos < size; pos += myOptions.block) {
+  constexpr unsigned long long kProgressStep = 16ull << 20;
+  unsigned long long pos = 0;
+  for (; pos < size && !stop; pos += myOptions.block) {
+    if (pos % kProgressStep == 0) onProgress(pos, size);
     const unsigned long long left = size - pos;
     block(data + pos,
           static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
           static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
   }
-  if (myOpen.node) finish(size, "source end", onFile);
+  if (myOpen.node) finish(std::min(pos, size), stop ? "stopped" : "source end", onFile);
+  onProgress(std::min(pos, size), size);
 }
+
+namespace {
+
+// A read-only mapping of a whole regular file; empty when the file cannot be mapped.
+class cMappedFile {
+public:
+  explicit cMappedFile(int fd) {
+    struct stat st;
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || st.st_size <= 0) return;
+    void* p = mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+    if (p == MAP_FAILED) return;
+    myData = static_cast<const unsigned char*>(p);
+    mySize = static_cast<unsigned long long>(st.st_size);
+    madvise(p, mySize, MADV_SEQUENTIAL);
+  }
+  ~cMappedFile() {
+    if (myData) munmap(const_cast<unsigned char*>(myData), mySize);
+  }
+  cMappedFile(const cMappedFile&) = delete;
+  cMappedFile& operator=(const cMappedFile&) = delete;
+
+  // Drops the pages before `offset` from this process (the page cache keeps them), so
+  // that resident memory stays small however large the file.
+  void release(unsigned long long offset) {
+    const unsigned long long page = static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
+    const unsigned long long upTo = std::min(offset, mySize) / page * page;
+    if (myData && upTo > myReleased) {
+      madvise(const_cast<unsigned char*>(myData) + myReleased, upTo - myReleased, MADV_DONTNEED);
+      myReleased = upTo;
+    }
+  }
+  const unsigned char* data() const { return myData; }
+  unsigned long long size() const { return mySize; }
+
+private:
+  const unsigned char* myData = nullptr;
+  unsigned long long mySize = 0;
+  unsigned long long myReleased = 0;
+};
+
+} // namespace
 
 bool cRawScanner::scan(
     const char* path, const std::function<void(const sFoundFile&)>& onFile,
@@ -92,6 +150,17 @@ bool cRawScanner::scan(
   if (!source.open(path, fmRead)) {
     error = std::string(path) + ": cannot be opened: " + std::strerror(errno);
     return false;
+  }
+  // A regular file is scanned in place through a mapping, which spares copying it.
+  if (cMappedFile mapped(static_cast<int>(source.handle())); mapped.data()) {
+    scanMemory(
+        mapped.data(), mapped.size(), onFile,
+        [&](unsigned long long done, unsigned long long total) {
+          mapped.release(done);
+          onProgress(done, total);
+        },
+        stop);
+    return true;
   }
   // Block devices report no size through fstat; seeking to the end finds it.
   unsigned long long total = source.size();

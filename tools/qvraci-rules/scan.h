@@ -54,6 +54,11 @@ public:
   // The same over bytes in memory.
   void scanBytes(const unsigned char* data, unsigned long long size,
                  const std::function<void(const sFoundFile&)>& onFile);
+  void scanMemory(
+      const unsigned char* data, unsigned long long size,
+      const std::function<void(const sFoundFile&)>& onFile,
+      const std::function<void(unsigned long long done, unsigned long long total)>& onProgress,
+      const std::atomic<bool>& stop);
 
 private:
   struct sOpen {
