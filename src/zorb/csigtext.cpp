@@ -278,7 +278,7 @@ bool parseNumber(const std::string& s, unsigned long long max, unsigned long lon
 
 enum class eField { Flag, Number, Word, String };
 
-struct sFieldSpec {
+struct sFieldForm {
   const char* name;
   eField kind;
   unsigned long long max = 0; // numbers
@@ -288,34 +288,34 @@ struct sFieldSpec {
 class cFields {
 public:
   bool read(const std::vector<sToken>& tokens, size_t from, size_t to,
-            std::initializer_list<sFieldSpec> specs, std::string& error) {
+            std::initializer_list<sFieldForm> forms, std::string& error) {
     for (size_t i = from; i < to; ++i) {
       const sToken& t = tokens[i];
-      const sFieldSpec* spec = nullptr;
-      for (const sFieldSpec& s : specs) {
-        if (!t.quoted && t.text == s.name) spec = &s;
+      const sFieldForm* form = nullptr;
+      for (const sFieldForm& s : forms) {
+        if (!t.quoted && t.text == s.name) form = &s;
       }
-      if (!spec) {
+      if (!form) {
         error = "unexpected " + shown(t);
         return false;
       }
-      if (has(spec->name)) {
+      if (has(form->name)) {
         error = "\"" + t.text + "\" is given twice";
         return false;
       }
-      if (spec->kind == eField::Flag) {
-        myValues.push_back({spec->name, "", 0});
+      if (form->kind == eField::Flag) {
+        myValues.push_back({form->name, "", 0});
         continue;
       }
-      if (i + 1 >= to || !valueFits(*spec, tokens[i + 1])) {
-        error = "\"" + t.text + "\" needs " + wanted(*spec) +
+      if (i + 1 >= to || !valueFits(*form, tokens[i + 1])) {
+        error = "\"" + t.text + "\" needs " + wanted(*form) +
                 (i + 1 < to ? ", not " + shown(tokens[i + 1]) : "");
         return false;
       }
       ++i;
       unsigned long long number = 0;
-      if (spec->kind == eField::Number) parseNumber(tokens[i].text, spec->max, number);
-      myValues.push_back({spec->name, tokens[i].text, number});
+      if (form->kind == eField::Number) parseNumber(tokens[i].text, form->max, number);
+      myValues.push_back({form->name, tokens[i].text, number});
     }
     return true;
   }
@@ -344,21 +344,21 @@ private:
     }
     return nullptr;
   }
-  static bool valueFits(const sFieldSpec& spec, const sToken& value) {
+  static bool valueFits(const sFieldForm& form, const sToken& value) {
     unsigned long long n = 0;
-    switch (spec.kind) {
+    switch (form.kind) {
     case eField::Number:
-      return !value.quoted && parseNumber(value.text, spec.max, n);
+      return !value.quoted && parseNumber(value.text, form.max, n);
     case eField::String:
       return value.quoted;
     default:
       return !value.quoted && value.text != "{" && value.text != "}";
     }
   }
-  static std::string wanted(const sFieldSpec& spec) {
-    switch (spec.kind) {
+  static std::string wanted(const sFieldForm& form) {
+    switch (form.kind) {
     case eField::Number:
-      return "a number from 0 to " + std::to_string(spec.max);
+      return "a number from 0 to " + std::to_string(form.max);
     case eField::String:
       return "a quoted string";
     default:
@@ -498,9 +498,9 @@ private:
     return fail(why.empty() ? "the pattern does not compile" : why);
   }
   // Reads the words after the first `skip` tokens.
-  bool fields(const sLine& l, size_t skip, std::initializer_list<sFieldSpec> specs, cFields& f) {
+  bool fields(const sLine& l, size_t skip, std::initializer_list<sFieldForm> forms, cFields& f) {
     std::string why;
-    return f.read(l.tokens, skip, l.tokens.size(), specs, why) || fail(why);
+    return f.read(l.tokens, skip, l.tokens.size(), forms, why) || fail(why);
   }
 
   bool subset(const sLine& l) {
