@@ -5,18 +5,9 @@
 #include <cstdint>
 
 #include "base/memtarget.h"
+#include "fuzz_saved.h"
 #include "zorb/csigtext.h"
 #include "zorb/customsig.h"
-
-namespace {
-
-std::vector<unsigned char> saved(cCustomSignaturesTree& tree) {
-  cMemoryTarget out;
-  if (tree.save(&out) != 0) __builtin_trap();
-  return out.bytes();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 65536) return 0;

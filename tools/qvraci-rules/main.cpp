@@ -349,7 +349,7 @@ bool carve(const char* image, const char* dir, const sFoundFile& f, bool force,
     return false;
   }
   cFileIO in, out;
-  if (!in.open(image, fmRead) || !in.set_fp(f.offset)) {
+  if (!in.open(image, fmRead)) {
     error = std::string(image) + ": cannot be read for carving";
     return false;
   }

@@ -35,12 +35,12 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int size, unsigne
                            const std::function<void(const sFoundFile&)>& onFile) {
   // shouldEnd clears the start of the definition whose rule fired; remember them to tell
   // afterwards which rule it was.
-  std::vector<std::pair<cScanSignature*, unsigned long long>> chain;
-  for (cScanSignature* n = myOpen.node; n; n = n->parentSig()) chain.push_back({n, n->startPos});
+  myChain.clear(); // keeps its capacity: this runs for every block of an open file
+  for (cScanSignature* n = myOpen.node; n; n = n->parentSig()) myChain.push_back({n, n->startPos});
   unsigned int endOffset = 0;
   if (!myTree.shouldEnd(myOpen.node, data, size, avail, pos, endOffset)) return false;
   int kind = 0;
-  for (const auto& [node, start] : chain) {
+  for (const auto& [node, start] : myChain) {
     if (!node->hasEndRules()) continue;
     if (start == cScanSignature::kNoFile) break; // no file was open there: ends at once
     unsigned int probe = 0;

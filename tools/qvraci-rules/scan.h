@@ -19,6 +19,8 @@
 #include <atomic>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "zorb/customsig.h"
 
@@ -76,5 +78,7 @@ private:
   cCustomSignaturesTree& myTree;
   sScanOptions myOptions;
   sOpen myOpen;
+  // The open file's definition and its ancestors with their starts, kept across blocks.
+  std::vector<std::pair<cScanSignature*, unsigned long long>> myChain;
   unsigned long long mySourceSize = 0;
 };
