@@ -7,7 +7,8 @@
 - every sample is recognised by the definition it belongs to (`match`);
 - a disk image of all samples, each on a block boundary, scans to every sample at its
   offset, with its exact length where the definition has a size field, a footer or the
-  end of text, and ending at the next file otherwise;
+  end of text, or where the scanner walks the format's structure, and ending at the next
+  file otherwise;
 - random data holds no file.
 """
 
@@ -24,7 +25,7 @@ import make_samples
 EXPECTED = {
     "image.jpg": ("Images/JPEG image", True),
     "image.png": ("Images/PNG image", True),
-    "image.gif": ("Images/GIF image", False),
+    "image.gif": ("Images/GIF image", True),
     "image.bmp": ("Images/BMP image", True),
     "image.tif": ("Images/TIFF image", False),
     "image.webp": ("Images/WebP image", True),
@@ -52,11 +53,11 @@ EXPECTED = {
     "sound.mp3": ("Audio/MP3 audio", False),
     "sound.mid": ("Audio/MIDI music/MIDI music, one track", True),
     "movie.avi": ("Video/AVI video", True),
-    "movie.mp4": ("Video/MP4 video", False),
-    "movie.mov": ("Video/MP4 video/QuickTime movie", False),
+    "movie.mp4": ("Video/MP4 video", True),
+    "movie.mov": ("Video/MP4 video/QuickTime movie", True),
     "movie.mkv": ("Video/Matroska video", False),
     "movie.webm": ("Video/Matroska video/WebM video", False),
-    "movie.mpg": ("Video/MPEG video", False),
+    "movie.mpg": ("Video/MPEG video", True),
     "movie.flv": ("Video/Flash video", False),
     "movie.wmv": ("Video/Windows Media video/Windows Media video, file properties first", True),
     "program.elf": ("Programs/ELF program", False),

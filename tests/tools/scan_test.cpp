@@ -38,9 +38,9 @@ void put(bytes& image, size_t at, const std::string& s) {
 }
 
 std::vector<std::string> scanned(cCustomSignaturesTree& t, const bytes& image, unsigned block = 512,
-                                 unsigned long long cap = 1 << 20) {
+                                 unsigned long long cap = 1 << 20, bool walk = true) {
   std::vector<std::string> out;
-  cRawScanner scanner(t, {block, cap});
+  cRawScanner scanner(t, {block, cap, walk});
   scanner.scanBytes(image.data(), image.size(), [&](const sFoundFile& f) {
     out.push_back(std::to_string(f.offset) + "+" + std::to_string(f.length) + " " +
                   f.definition->name.c_str() + " " + f.how);
@@ -109,6 +109,49 @@ TEST(ScanPolicy, InheritedEndRulesAndLookahead) {
   put(image, 8192 + 4000, std::string("\x00\x02\x00\x00", 4)); // 512 bytes
   EXPECT_EQ(scanned(t, image),
             (std::vector<std::string>{"0+1522 docx end rule", "8192+512 far size field"}));
+}
+
+TEST(ScanPolicy, StructureWalkersEndWhatRulesCannot) {
+  cCustomSignaturesTree t;
+  def(t, "gif", "'GIF8'", 2);
+  // One image whose data holds the trailer's bytes, 00 3B, before the real trailer.
+  const std::string gif("GIF89a\x01\x00\x01\x00\x00\x00\x00"
+                        "\x2c\x00\x00\x00\x00\x01\x00\x01\x00\x00"
+                        "\x02\x03\x00\x3b\x01\x00\x3b",
+                        30);
+  bytes image(8192, 0x11);
+  put(image, 1024, gif);
+  put(image, 4096, gif.substr(0, 20)); // broken: the rules decide
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"1024+30 gif structure", "4096+4096 gif source end"}));
+  EXPECT_EQ(scanned(t, image, 512, 1 << 20, false),
+            (std::vector<std::string>{"1024+3072 gif next start", "4096+4096 gif source end"}));
+  // A walk longer than the cap is not taken.
+  EXPECT_EQ(scanned(t, image, 512, 29),
+            (std::vector<std::string>{"1024+29 gif size cap", "4096+29 gif size cap"}));
+}
+
+TEST(ScanPolicy, AWalkedFileCountsAsOpenUpToItsEnd) {
+  cCustomSignaturesTree t;
+  def(t, "gif", "'GIF8'", 2);
+  def(t, "passive", "'PP'", 1);
+  def(t, "active", "'AA'", 2);
+  // 1306 bytes: five full sub-blocks of image data.
+  std::string gif("GIF89a\x01\x00\x01\x00\x00\x00\x00"
+                  "\x2c\x00\x00\x00\x00\x01\x00\x01\x00\x00\x02",
+                  24);
+  for (int i = 0; i < 5; ++i) gif += "\xff" + std::string(255, '\x11');
+  gif += std::string("\x00\x3b", 2);
+  bytes image(4096, 0x11);
+  put(image, 0, gif);
+  put(image, 512, "PP");  // inside the GIF's data: nothing
+  put(image, 1536, "PP"); // after its end
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"0+1306 gif structure", "1536+2560 passive source end"}));
+  put(image, 1024, "AA"); // an active hit inside starts a file of its own
+  put(image, 1536, "..");
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"0+1306 gif structure", "1024+3072 active source end"}));
 }
 
 } // namespace

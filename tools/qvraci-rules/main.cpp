@@ -30,7 +30,7 @@ const char kUsage[] =
     "  match FILE.qrrs SAMPLE [--offset N] [--block N] [--why]\n"
     "                                     which definition recognises that block\n"
     "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
-    "                       [--max-size N] [--force]\n"
+    "                       [--max-size N] [--no-walk] [--force]\n"
     "                                     find files in a disk image or device\n";
 
 int usage(const char* what) {
@@ -380,6 +380,7 @@ int scan(const sArgs& a) {
   const std::string report = a.value("--report") ? a.value("--report") : "text";
   if (report != "text" && report != "csv" && report != "json")
     return usage("--report is csv or json");
+  options.walk = !a.has("--no-walk");
   const char* dir = a.value("--carve");
   if (dir && !exists(dir)) return fail(std::string(dir) + ": no such folder");
 
@@ -440,7 +441,7 @@ int scan(const sArgs& a) {
 int main(int argc, char** argv) {
   if (argc < 2) return usage("no command");
   const std::string command = argv[1];
-  const sArgs a = parseArgs(argc, argv, 2, {"--why", "--force"},
+  const sArgs a = parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk"},
                             {"--offset", "--block", "--carve", "--report", "--max-size"});
   if (!a.error.empty()) return usage(a.error.c_str());
   if (command == "show") return show(a);

@@ -57,8 +57,20 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int size, unsigne
   return true;
 }
 
-void cRawScanner::block(const unsigned char* data, unsigned int size, unsigned int avail,
-                        unsigned long long pos,
+bool cRawScanner::walkEnd(cByteSource& source,
+                          const std::function<void(const sFoundFile&)>& onFile) {
+  if (!myOptions.walk) return false;
+  const eWalker walker = walkerFor(myOpen.node->ext.c_str());
+  if (walker == eWalker::none) return false;
+  const unsigned long long length = walkLength(walker, source, myOpen.start, myOptions.maxSize);
+  if (length == 0) return false;
+  myWalkedEnd = myOpen.start + length;
+  finish(myWalkedEnd, "structure", onFile);
+  return true;
+}
+
+void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned int size,
+                        unsigned int avail, unsigned long long pos,
                         const std::function<void(const sFoundFile&)>& onFile) {
   if (myOpen.node) {
     if (!canEnd(myOpen.node) || !checkEnd(data, size, avail, pos, onFile)) {
@@ -68,9 +80,11 @@ void cRawScanner::block(const unsigned char* data, unsigned int size, unsigned i
     }
   }
   cScanSignature* found = myTree.find_match(data, size, avail, pos);
-  if (!found || (myOpen.node && found->hitMode != cScanSignature::hmActive)) return;
+  const bool inFile = myOpen.node || pos < myWalkedEnd;
+  if (!found || (inFile && found->hitMode != cScanSignature::hmActive)) return;
   if (myOpen.node) finish(pos, "next start", onFile);
   myOpen = {found, pos};
+  if (walkEnd(source, onFile)) return;
   if (canEnd(found)) checkEnd(data, size, avail, pos, onFile);
 }
 
@@ -88,12 +102,14 @@ void cRawScanner::scanMemory(
     const std::atomic<bool>& stop) {
   mySourceSize = size;
   myOpen = {};
+  myWalkedEnd = 0;
+  cMemorySource source(data, size);
   constexpr unsigned long long kProgressStep = 16ull << 20;
   unsigned long long pos = 0;
   for (; pos < size && !stop; pos += myOptions.block) {
     if (pos % kProgressStep == 0) onProgress(pos, size);
     const unsigned long long left = size - pos;
-    block(data + pos,
+    block(source, data + pos,
           static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
           static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
   }
@@ -170,6 +186,8 @@ bool cRawScanner::scan(
   }
   mySourceSize = total;
   myOpen = {};
+  myWalkedEnd = 0;
+  cFileSource walkSource(static_cast<int>(source.handle()), total);
   const size_t chunk = 8u << 20;
   std::vector<unsigned char> buffer(chunk + kLookahead);
   unsigned long long bufferPos = 0; // the source offset of buffer[0]
@@ -202,7 +220,7 @@ bool cRawScanner::scan(
     }
     const unsigned long long left = bufferPos + have - pos;
     if (left == 0) break;
-    block(buffer.data() + (pos - bufferPos),
+    block(walkSource, buffer.data() + (pos - bufferPos),
           static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
           static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
     pos += myOptions.block;

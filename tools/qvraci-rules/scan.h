@@ -14,6 +14,13 @@
 //   whether it ends within its first block.
 // - A file that meets no end rule ends at the next start, at the size cap, or at the end
 //   of the source.
+// - Before that, a file whose extension has a structure walker (walk.h: GIF, MP4 and
+//   QuickTime, MPEG program streams) is walked from its start; when the walk reaches the
+//   file's end within the size cap, the file ends there ("structure") and its end rules are
+//   not asked. It is reported at once, but counts as open up to its end: passive hits
+//   inside it start nothing, and active ones start files of their own (embedded or written
+//   over it) without cutting it. When the structure is broken, the end rules decide as
+//   above.
 #pragma once
 
 #include <atomic>
@@ -22,19 +29,21 @@
 #include <utility>
 #include <vector>
 
+#include "walk.h"
 #include "zorb/customsig.h"
 
 struct sFoundFile {
   unsigned long long offset = 0;
   unsigned long long length = 0;
   const cScanSignature* definition = nullptr;
-  std::string
-      how; // "size field", "end rule", "end of text", "next start", "size cap", "source end"
+  std::string how; // "size field", "end rule", "end of text", "structure", "next start", "size
+                   // cap", "source end", "stopped"
 };
 
 struct sScanOptions {
   unsigned int block = 512;
   unsigned long long maxSize = 256ULL << 20;
+  bool walk = true; // use the structure walkers
 };
 
 class cRawScanner {
@@ -67,11 +76,13 @@ private:
     cScanSignature* node = nullptr;
     unsigned long long start = 0;
   };
-  // One block at pos: data holds avail bytes, of which size belong to the block.
-  void block(const unsigned char* data, unsigned int size, unsigned int avail,
+  // One block at pos of source: data holds avail bytes, of which size belong to the block.
+  void block(cByteSource& source, const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
   bool checkEnd(const unsigned char* data, unsigned int size, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
+  // Ends the file that has just opened where its structure ends, if a walker finds that.
+  bool walkEnd(cByteSource& source, const std::function<void(const sFoundFile&)>& onFile);
   void finish(unsigned long long end, const char* how,
               const std::function<void(const sFoundFile&)>& onFile);
 
@@ -81,4 +92,5 @@ private:
   // The open file's definition and its ancestors with their starts, kept across blocks.
   std::vector<std::pair<cScanSignature*, unsigned long long>> myChain;
   unsigned long long mySourceSize = 0;
+  unsigned long long myWalkedEnd = 0; // the end of the last file ended by its structure
 };
