@@ -129,6 +129,7 @@ TEST(WalkMpegProgram, EndsBeforeWhatIsNotAPacketOrWhereTheClockGoesBack) {
   EXPECT_EQ(walk(eWalker::mpegProgram, later + "text"), later.size());
   const std::string ended = file + "\x00\x00\x01\xb9"s;
   EXPECT_EQ(walk(eWalker::mpegProgram, ended + mpeg(1ull << 32)), ended.size());
+  EXPECT_EQ(walk(eWalker::mpegProgram, ended, 0, ended.size() - 1), file.size());
   const std::string two = pack2(5000) + packet(0xe0, 100) + pack2(4999);
   EXPECT_EQ(walk(eWalker::mpegProgram, two), two.size() - pack2(0).size());
   // A packet cut short by the end of the source is left out.

@@ -140,7 +140,7 @@ unsigned long long walkMpegProgram(cByteSource& s, unsigned long long start,
     } else if (!pack) {
       return 0;
     } else if (h[3] == 0xB9) {
-      p += 4;
+      if (end - p >= 4) p += 4; // the end code, when it is within the limit
       break;
     } else if (h[3] >= 0xBB) {
       length = 6 + be16(h + 4);
