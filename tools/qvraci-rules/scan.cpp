@@ -79,7 +79,8 @@ void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned
       }
     }
   }
-  cScanSignature* found = myTree.find_match(data, size, avail, pos);
+  cScanSignature* found =
+      myGate.mayStart(data, avail) ? myTree.find_match(data, size, avail, pos) : nullptr;
   const bool inFile = myOpen.node || pos < myWalkedEnd;
   if (!found || (inFile && found->hitMode != cScanSignature::hmActive)) return;
   if (myOpen.node) finish(pos, "next start", onFile);

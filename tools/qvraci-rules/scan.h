@@ -29,6 +29,7 @@
 #include <utility>
 #include <vector>
 
+#include "startgate.h"
 #include "walk.h"
 #include "zorb/customsig.h"
 
@@ -50,8 +51,9 @@ class cRawScanner {
 public:
   static constexpr unsigned int kLookahead = 64 * 1024;
 
+  // The tree must not change while the scanner lives.
   cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options)
-      : myTree(tree), myOptions(options) {}
+      : myTree(tree), myOptions(options), myGate(tree) {}
 
   // Scans the readable file at path (a regular file or a block device). Calls onFile for
   // every file found, in order, and onProgress now and then with the bytes done. Stops
@@ -88,6 +90,7 @@ private:
 
   cCustomSignaturesTree& myTree;
   sScanOptions myOptions;
+  cStartGate myGate; // spares asking the tree about blocks that no definition can start
   sOpen myOpen;
   // The open file's definition and its ancestors with their starts, kept across blocks.
   std::vector<std::pair<cScanSignature*, unsigned long long>> myChain;
