@@ -135,10 +135,12 @@ TEST(StartGate, GathersDemandsByOffset) {
   }
   const cStartGate gate(tree);
   EXPECT_FALSE(gate.alwaysOpen());
-  EXPECT_EQ(gate.offsets(), 2u); // 'G' or FF at 0; 'f' at 4
+  // 'G' at 0; D8 at 1, since FF fills empty space and would let more through; 'f' at 4.
+  EXPECT_EQ(gate.offsets(), 3u);
   const auto block = [](const char* s) { return reinterpret_cast<const unsigned char*>(s); };
   EXPECT_TRUE(gate.mayStart(block("G..."), 4));
-  EXPECT_TRUE(gate.mayStart(block("\xFF..."), 4));
+  EXPECT_TRUE(gate.mayStart(block("\xFF\xD8.."), 4));
+  EXPECT_FALSE(gate.mayStart(block("\xFF..."), 4));
   EXPECT_TRUE(gate.mayStart(block("....f"), 5));
   EXPECT_FALSE(gate.mayStart(block("....f"), 4)); // beyond what can be read
   EXPECT_FALSE(gate.mayStart(block("H...g"), 5));
