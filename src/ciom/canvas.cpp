@@ -100,11 +100,9 @@ bool cCanvas::drawTextWrapped(int x, int y, int w, int h, eTextAlign align, cons
                               sSize& used, bool measureOnly, double lineFactor) {
   used = {};
   if (!text) return false;
-  _typebuf<unsigned short> wide;
-  _pc2w(text, wide, -1);
-  _typebuf<unsigned short> terminated(wide.count() + 1);
-  for (long long i = 0; i < wide.count(); ++i) terminated[i] = wide[i];
-  return drawTextWrapped(x, y, w, h, align, &terminated[0], used, measureOnly, lineFactor);
+  _guardchar<unsigned short> wide;
+  _pc2w(text, wide);
+  return drawTextWrapped(x, y, w, h, align, wide.c_str(), used, measureOnly, lineFactor);
 }
 
 bool cCanvas::drawTextWrapped(int x, int y, int w, int h, eTextAlign align,

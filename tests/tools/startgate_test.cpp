@@ -144,6 +144,19 @@ TEST(StartGate, GathersDemandsByOffset) {
   EXPECT_TRUE(gate.mayStart(block("....f"), 5));
   EXPECT_FALSE(gate.mayStart(block("....f"), 4)); // beyond what can be read
   EXPECT_FALSE(gate.mayStart(block("H...g"), 5));
+
+  // Exact bytes are gated on their most selective byte too: the 01, not the zeros before it.
+  cCustomSignaturesTree exact;
+  cScanSignature* mpeg = exact.add(nullptr, std::make_unique<cScanSignature>());
+  mpeg->create("mpeg", "mpg");
+  auto pack = std::make_unique<cScanSigRuleExactMatch>();
+  const unsigned char code[] = {0x00, 0x00, 0x01, 0xBA};
+  ASSERT_TRUE(pack->create(code, 4, 2));
+  mpeg->addStrRule(std::move(pack));
+  const cStartGate exactGate(exact);
+  EXPECT_TRUE(exactGate.mayStart(block("..\x00\x00\x01\xBA"), 6));
+  EXPECT_FALSE(exactGate.mayStart(block("..\x00\x00\x00\xBA"), 6));
+  EXPECT_FALSE(exactGate.mayStart(block("\x00\x00\x00\x00\x00\x00"), 6));
 }
 
 } // namespace

@@ -33,8 +33,13 @@ std::optional<sByteDemand> ruleDemand(const cScanSigRule& rule) {
   switch (rule.typeOf()) {
   case 1: {
     const auto& r = static_cast<const cScanSigRuleExactMatch&>(rule);
-    if (r.bytes().count() == 0) return std::nullopt;
-    return sByteDemand{r.offset(), only(r.bytes().data()[0])};
+    const long long n = r.bytes().count();
+    if (n == 0) return std::nullopt;
+    long long best = 0;
+    for (long long i = 1; i < n; ++i) {
+      if (cost(only(r.bytes().data()[i])) < cost(only(r.bytes().data()[best]))) best = i;
+    }
+    return sByteDemand{r.offset() + static_cast<unsigned int>(best), only(r.bytes().data()[best])};
   }
   case 6: {
     const auto& r = static_cast<const cScanSigRuleMaskMatch&>(rule);
