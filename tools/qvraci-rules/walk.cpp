@@ -156,7 +156,7 @@ unsigned long long walkMpegProgram(cByteSource& s, unsigned long long start,
 } // namespace
 
 const unsigned char* cFileSource::at(unsigned long long offset, unsigned int n) {
-  if (offset > mySize || n > mySize - offset) return nullptr;
+  if (n > kMaxRead || offset > mySize || n > mySize - offset) return nullptr;
   if (offset < myStart || offset + n > myStart + myHave) {
     const ssize_t got = pread(myFd, myWindow.data(), myWindow.size(), static_cast<off_t>(offset));
     myStart = offset;
