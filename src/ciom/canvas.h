@@ -68,7 +68,8 @@ public:
   virtual unsigned bgColor() = 0;
   virtual bool textSize(const char* text, long long len, sSize& size) = 0;
   virtual bool textSize(const unsigned short* text, long long len, sSize& size) = 0;
-  // The advance of each character: one int per code point (UTF-8) or per unit (UTF-16).
+  // The advance of each character: one int per code point (UTF-8; a byte that is not
+  // UTF-8 counts as one) or per unit (UTF-16).
   virtual bool textRuler(const char* text, long long len, int* advances) = 0;
   virtual bool textRuler(const unsigned short* text, long long len, int* advances) = 0;
   // False when the rectangle lies wholly in excluded area.

@@ -1,0 +1,13 @@
+#include "cairooffscreen.h"
+
+std::unique_ptr<cCairoOffscreenCanvas> cCairoOffscreenCanvas::make(cairo_surface_t* like, int w,
+                                                                   int h) {
+  constexpr int kMaxSide = 32767; // Cairo's own limit
+  if (w <= 0 || h <= 0 || w > kMaxSide || h > kMaxSide) return nullptr;
+  tCairoSurface surface(like ? cairo_surface_create_similar(like, CAIRO_CONTENT_COLOR, w, h)
+                             : cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+  std::unique_ptr<cCairoOffscreenCanvas> canvas(new cCairoOffscreenCanvas(surface.get(), w, h));
+  if (!canvas->surface()) return nullptr;
+  return canvas;
+}
