@@ -160,6 +160,7 @@ public:
   bool empty() const { return myLength == 0; }
   bool isNull() const { return !myText; }
   const T* data() const { return myText.get(); } // null for a null string
+  T* data() { return myText.get(); }
 
 private:
   static long long measure(const T* text) {
