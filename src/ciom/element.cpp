@@ -62,8 +62,7 @@ void cChildElement::loadWants() {
 
 bool cChildElement::attach(cChildElement* child, int x, int y, int w, int h,
                            eControlPartType part) {
-  if (!child || child == this || myOrderOf.count(child) || child->myParent ||
-      child->isChild(this))
+  if (!child || child == this || myOrderOf.count(child) || child->myParent || child->isChild(this))
     return false;
   const int order = myChildren.empty() ? 0 : myChildren.rbegin()->first + 1;
   myChildren.emplace(order, child);
@@ -267,9 +266,11 @@ void cChildElement::processSizeChanges(int w, int h, bool force) {
   myRect.height = std::max(0, h);
   if (!changed && !force && !myNeedsLayout) return;
   myNeedsLayout = false;
-  for (const auto& [child, a] : myAnchors) {
-    const sRect r = resolveAnchor(child, a);
-    auto* c = const_cast<cChildElement*>(child);
+  // In order-number order, so that children learn of their new sizes in a fixed order.
+  for (const auto& [order, c] : myChildren) {
+    const auto anchored = myAnchors.find(c);
+    if (anchored == myAnchors.end()) continue;
+    const sRect r = resolveAnchor(c, anchored->second);
     c->myRect.x = r.x;
     c->myRect.y = r.y;
     if (r.width != c->myRect.width || r.height != c->myRect.height)
@@ -284,8 +285,8 @@ sRect cChildElement::resolveAnchor(const cChildElement* child, const sAnchor& a)
   // A fixed part lies over the visible area, not over the scrolled content.
   const int W = child->myFixedX ? myRect.width : content.width;
   const int H = child->myFixedY ? myRect.height : content.height;
-  sRect r = {a.x < 0 ? a.x + W + 1 : a.x, a.y < 0 ? a.y + H + 1 : a.y,
-             a.w < 0 ? a.w + W + 1 : a.w, a.h < 0 ? a.h + H + 1 : a.h};
+  sRect r = {a.x < 0 ? a.x + W + 1 : a.x, a.y < 0 ? a.y + H + 1 : a.y, a.w < 0 ? a.w + W + 1 : a.w,
+             a.h < 0 ? a.h + H + 1 : a.h};
   child->clampSize(r.width, r.height);
   r.width = std::max(0, r.width);
   r.height = std::max(0, r.height);

@@ -137,8 +137,8 @@ public:
   virtual void setArrowTabStop(bool on);
   virtual void focus();
   virtual void setTransparent(bool on);
-  virtual cFontObject* createFont(int kind, int size, const char* face, bool bold,
-                                  bool underline, bool italic);
+  virtual cFontObject* createFont(int kind, int size, const char* face, bool bold, bool underline,
+                                  bool italic);
   virtual ~cChildElement();
   virtual bool wantDoubleBuffer() { return false; }
   virtual bool wantTabStop() { return false; }
@@ -271,7 +271,7 @@ private:
   sSize myMinSize{-1, -1}, myMaxSize{-1, -1};
   std::map<int, cChildElement*> myChildren; // by order number: tab and hit-test order
   std::unordered_map<const cChildElement*, int> myOrderOf;
-  std::map<const cChildElement*, sAnchor> myAnchors;
+  std::unordered_map<const cChildElement*, sAnchor> myAnchors;
   sRect myRect;
   bool myEnabled = true, myVisible = true, myNeedsLayout = false;
   bool myDoubleBuffer = false, myTabStop = false, myArrowTabStop = false;

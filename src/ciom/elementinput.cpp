@@ -31,8 +31,7 @@ bool cChildElement::routeMouseToChild(int x, int y, cChildElement*& hit, int& cx
     cy = y - r.y;
     return true;
   }
-  if (myCaptureChildren || x < 0 || y < 0 || x >= myRect.width || y >= myRect.height)
-    return false;
+  if (myCaptureChildren || x < 0 || y < 0 || x >= myRect.width || y >= myRect.height) return false;
   for (const auto& [order, child] : myChildren) {
     if (!child->myVisible || !child->myEnabled) continue;
     const sRect r = placed(child);
@@ -218,8 +217,7 @@ bool cChildElement::processArrowTab(bool forward, bool shift, bool ctrl) {
   cChildElement* group = holder->myParent;
   std::vector<cChildElement*> stops;
   for (const auto& [order, child] : group->myChildren) {
-    if (child == holder ||
-        (child->canArrowTabStop() && child->myEnabled && child->myVisible))
+    if (child == holder || (child->canArrowTabStop() && child->myEnabled && child->myVisible))
       stops.push_back(child);
   }
   const auto i = static_cast<long>(std::find(stops.begin(), stops.end(), holder) - stops.begin());

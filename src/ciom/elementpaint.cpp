@@ -10,7 +10,8 @@ namespace {
 
 sRect cut(const sRect& a, const sRect& b) {
   const int l = std::max(a.x, b.x), t = std::max(a.y, b.y);
-  const int r = std::min(a.x + a.width, b.x + b.width), d = std::min(a.y + a.height, b.y + b.height);
+  const int r = std::min(a.x + a.width, b.x + b.width),
+            d = std::min(a.y + a.height, b.y + b.height);
   return r > l && d > t ? sRect{l, t, r - l, d - t} : sRect{};
 }
 
@@ -79,9 +80,8 @@ void cChildElement::processPaint(cCanvas* canvas) {
   }
   canvas->select();
 
-  std::unique_ptr<cCanvas> buffer(myDoubleBuffer ? canvas->offscreen(myRect.width, myRect.height,
-                                                                     -1, -1)
-                                                 : nullptr);
+  std::unique_ptr<cCanvas> buffer(
+      myDoubleBuffer ? canvas->offscreen(myRect.width, myRect.height, -1, -1) : nullptr);
   if (buffer) {
     paintSelf(buffer.get());
     canvas->draw(0, 0, buffer.get(), 0, 0, -1, -1);
@@ -90,12 +90,11 @@ void cChildElement::processPaint(cCanvas* canvas) {
   }
 
   // The margins outside the client area belong to this element (its border).
-  const sRect margins[] = {{0, 0, client.x, own.height},
-                           {0, 0, own.width, client.y},
-                           {client.x + client.width, 0, own.width - client.x - client.width,
-                            own.height},
-                           {0, client.y + client.height, own.width,
-                            own.height - client.y - client.height}};
+  const sRect margins[] = {
+      {0, 0, client.x, own.height},
+      {0, 0, own.width, client.y},
+      {client.x + client.width, 0, own.width - client.x - client.width, own.height},
+      {0, client.y + client.height, own.width, own.height - client.y - client.height}};
   for (const sRect& m : margins) {
     if (!m.empty()) canvas->clip(&m);
   }
@@ -110,12 +109,11 @@ void cChildElement::processPaint(cCanvas* canvas) {
       if (sub) {
         // The child's canvas starts at its own origin but shows only its visible part.
         const sRect local = {r.x - whole.x, r.y - whole.y, r.width, r.height};
-        const sRect outside[] = {{0, 0, local.x, whole.height},
-                                 {0, 0, whole.width, local.y},
-                                 {local.x + local.width, 0, whole.width - local.x - local.width,
-                                  whole.height},
-                                 {0, local.y + local.height, whole.width,
-                                  whole.height - local.y - local.height}};
+        const sRect outside[] = {
+            {0, 0, local.x, whole.height},
+            {0, 0, whole.width, local.y},
+            {local.x + local.width, 0, whole.width - local.x - local.width, whole.height},
+            {0, local.y + local.height, whole.width, whole.height - local.y - local.height}};
         for (const sRect& o : outside) {
           if (!o.empty()) sub->clip(&o);
         }
