@@ -39,7 +39,9 @@ cChildElement::~cChildElement() {
     r.live.erase(this);
   }
   if (myParent) myParent->forgetChild(this);
-  for (auto& [order, child] : myChildren) child->myParent = nullptr;
+  for (auto& [order, child] : myChildren) {
+    if (child) child->myParent = nullptr;
+  }
 }
 
 bool cChildElement::valid(const cChildElement* p) {
@@ -64,8 +66,12 @@ bool cChildElement::attach(cChildElement* child, int x, int y, int w, int h,
                            eControlPartType part) {
   if (!child || child == this || myOrderOf.count(child) || child->myParent || child->isChild(this))
     return false;
-  const int order = myChildren.empty() ? 0 : myChildren.rbegin()->first + 1;
-  myChildren.emplace(order, child);
+  const int order = myChildren.empty() ? 0 : myChildren.back().first + 1;
+  if (myDetachedSlots > 16 && myDetachedSlots * 2 > myChildren.size()) {
+    std::erase_if(myChildren, [](const auto& entry) { return !entry.second; });
+    myDetachedSlots = 0;
+  }
+  myChildren.emplace_back(order, child);
   myOrderOf.emplace(child, order);
   child->myParent = this;
   child->myRect = {x, y, std::max(0, w), std::max(0, h)};
@@ -97,7 +103,8 @@ bool cChildElement::dettach(cChildElement* child) {
 void cChildElement::forgetChild(cChildElement* child) {
   const auto it = myOrderOf.find(child);
   if (it == myOrderOf.end()) return;
-  myChildren.erase(it->second);
+  childAt(it->second)->second = nullptr;
+  ++myDetachedSlots;
   myOrderOf.erase(it);
   myAnchors.erase(child);
   if (myFocusedChild == child) myFocusedChild = nullptr;
@@ -147,14 +154,32 @@ void cChildElement::setWinTarget(cWindowRequestTarget* target, int x, int y, int
   if (const char* section = wantLangResource()) myLangData = requestNamedLangResource(section);
 }
 
+std::vector<std::pair<int, cChildElement*>>::iterator cChildElement::childAt(int order) {
+  return std::lower_bound(myChildren.begin(), myChildren.end(), order,
+                          [](const auto& entry, int o) { return entry.first < o; });
+}
+
+std::vector<cChildElement*> cChildElement::childList() const {
+  std::vector<cChildElement*> list;
+  list.reserve(myChildren.size() - myDetachedSlots);
+  for (const auto& [order, child] : myChildren) {
+    if (child) list.push_back(child);
+  }
+  return list;
+}
+
 cChildElement* cChildElement::getFirstChild() const {
-  return myChildren.empty() ? nullptr : myChildren.begin()->second;
+  for (const auto& [order, child] : myChildren) {
+    if (child) return child;
+  }
+  return nullptr;
 }
 
 cChildElement* cChildElement::getNextChild(const cChildElement* child) const {
   const auto it = myOrderOf.find(child);
   if (it == myOrderOf.end()) return nullptr;
-  const auto next = myChildren.upper_bound(it->second);
+  auto next = const_cast<cChildElement*>(this)->childAt(it->second) + 1;
+  while (next != myChildren.end() && !next->second) ++next;
   return next == myChildren.end() ? nullptr : next->second;
 }
 
@@ -184,6 +209,10 @@ bool cChildElement::childRect(const cChildElement* child, sRect* rect) const {
 sRect cChildElement::placed(const cChildElement* child) const {
   sPoint offset;
   const_cast<cChildElement*>(this)->virtualOffset(&offset);
+  return placed(child, offset);
+}
+
+sRect cChildElement::placed(const cChildElement* child, const sPoint& offset) {
   sRect r = child->myRect;
   if (!child->myFixedX) r.x -= offset.x;
   if (!child->myFixedY) r.y -= offset.y;
@@ -267,7 +296,7 @@ void cChildElement::processSizeChanges(int w, int h, bool force) {
   if (!changed && !force && !myNeedsLayout) return;
   myNeedsLayout = false;
   // In order-number order, so that children learn of their new sizes in a fixed order.
-  for (const auto& [order, c] : myChildren) {
+  for (cChildElement* c : childList()) {
     const auto anchored = myAnchors.find(c);
     if (anchored == myAnchors.end()) continue;
     const sRect r = resolveAnchor(c, anchored->second);
@@ -343,7 +372,7 @@ void cChildElement::disable(bool repaintNow) {
 
 void cChildElement::processEnableChange(bool state) {
   onEnableChanged(state);
-  for (auto& [order, child] : myChildren) {
+  for (cChildElement* child : childList()) {
     if (child->myEnabled) child->processEnableChange(state);
   }
 }
@@ -606,5 +635,5 @@ void cChildElement::processConstruct() {
 
 void cChildElement::processClose() {
   onClose();
-  for (auto& [order, child] : myChildren) child->processClose();
+  for (cChildElement* child : childList()) child->processClose();
 }

@@ -10,9 +10,10 @@
 // notifyAction, postAction and sendAction, which any thread may call.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "action.h"
 #include "canvas.h"
@@ -243,6 +244,8 @@ protected:
   cWindowRequestTarget* target();
   // A child's rectangle in this element's coordinates: scrolled on its non-fixed axes.
   sRect placed(const cChildElement* child) const;
+  // The same with this element's scroll offset already asked for (loops over children).
+  static sRect placed(const cChildElement* child, const sPoint& offset);
   // Asks the want* operations and stores their answers.
   void loadWants();
 
@@ -252,6 +255,10 @@ private:
   };
 
   void forgetChild(cChildElement* child);
+  // Where the child with that order number is (it must be there).
+  std::vector<std::pair<int, cChildElement*>>::iterator childAt(int order);
+  // The children in order, copied: for loops that call hooks, which may attach or detach.
+  std::vector<cChildElement*> childList() const;
   void clampSize(int& w, int& h) const;
   sRect resolveAnchor(const cChildElement* child, const sAnchor& a);
   void displayHint();
@@ -269,7 +276,11 @@ private:
   cChildElement* myFocusedChild = nullptr;
   bool myOwnFocus = false;
   sSize myMinSize{-1, -1}, myMaxSize{-1, -1};
-  std::map<int, cChildElement*> myChildren; // by order number: tab and hit-test order
+  // By order number (tab and hit-test order). New children always come last, so a vector
+  // stays sorted, and walking it touches contiguous memory. A detached child leaves a null
+  // entry behind (so that tearing down a large tree stays linear) until attach compacts.
+  std::vector<std::pair<int, cChildElement*>> myChildren;
+  size_t myDetachedSlots = 0;
   std::unordered_map<const cChildElement*, int> myOrderOf;
   std::unordered_map<const cChildElement*, sAnchor> myAnchors;
   sRect myRect;

@@ -32,9 +32,11 @@ bool cChildElement::routeMouseToChild(int x, int y, cChildElement*& hit, int& cx
     return true;
   }
   if (myCaptureChildren || x < 0 || y < 0 || x >= myRect.width || y >= myRect.height) return false;
+  sPoint offset;
+  virtualOffset(&offset);
   for (const auto& [order, child] : myChildren) {
-    if (!child->myVisible || !child->myEnabled) continue;
-    const sRect r = placed(child);
+    if (!child || !child->myVisible || !child->myEnabled) continue;
+    const sRect r = placed(child, offset);
     if (x >= r.x && y >= r.y && x < r.x + r.width && y < r.y + r.height) {
       hit = child;
       cx = x - r.x;
@@ -186,7 +188,7 @@ cChildElement* cChildElement::findTabStop(bool forward, const cChildElement* aft
     stack.pop_back();
     order.push_back(e);
     for (auto it = e->myChildren.rbegin(); it != e->myChildren.rend(); ++it) {
-      if (it->second->myEnabled && it->second->myVisible) stack.push_back(it->second);
+      if (it->second && it->second->myEnabled && it->second->myVisible) stack.push_back(it->second);
     }
   }
   const auto at = std::find(order.begin(), order.end(), after);
@@ -216,7 +218,7 @@ bool cChildElement::processArrowTab(bool forward, bool shift, bool ctrl) {
     return false;
   cChildElement* group = holder->myParent;
   std::vector<cChildElement*> stops;
-  for (const auto& [order, child] : group->myChildren) {
+  for (cChildElement* child : group->childList()) {
     if (child == holder || (child->canArrowTabStop() && child->myEnabled && child->myVisible))
       stops.push_back(child);
   }

@@ -71,9 +71,11 @@ void cChildElement::processPaint(cCanvas* canvas) {
 
   // Children that show are taken out of the drawable area first.
   std::vector<std::pair<cChildElement*, sRect>> shown;
+  sPoint offset;
+  virtualOffset(&offset);
   for (const auto& [order, child] : myChildren) {
-    if (!child->myVisible) continue;
-    const sRect r = cut(placed(child), room);
+    if (!child || !child->myVisible) continue;
+    const sRect r = cut(placed(child, offset), room);
     if (r.empty() || !canvas->inDrawArea(&r)) continue;
     canvas->clip(&r);
     shown.emplace_back(child, r);
@@ -104,7 +106,7 @@ void cChildElement::processPaint(cCanvas* canvas) {
     canvas->unclip(&r);
     canvas->select();
     if (canvas->canDrawAt(&r)) {
-      const sRect whole = placed(child);
+      const sRect whole = placed(child, offset);
       std::unique_ptr<cCanvas> sub(canvas->subCanvas(&whole));
       if (sub) {
         // The child's canvas starts at its own origin but shows only its visible part.
