@@ -12,7 +12,9 @@
 
 #include "base/job.h"
 #include "ciom/element.h"
+#include "ciom/hint.h"
 #include "ciom/langfile.h"
+#include "ciom/theme.h"
 
 namespace {
 
@@ -633,6 +635,58 @@ TEST_F(ElementTree, StringsComeFromTheNearestSection) {
   EXPECT_EQ(root.string(1), nullptr);
   EXPECT_EQ(orphan.string(0), nullptr); // names its own section, which did not resolve
   EXPECT_STREQ(orphan.string(&button, 0), "zero");
+}
+
+// A window that measures every character as 6 × 13 pixels and records its popups.
+class cHintWindow : public cTestTarget {
+public:
+  using cTestTarget::cTestTarget;
+  struct cPopup : cWindowHolder {
+    explicit cPopup(int* open) : open(open) { ++*open; }
+    ~cPopup() override { --*open; }
+    int* open;
+  };
+  bool _rt_textbox(cFontObject*, const char* text, sSize& size) override {
+    size = {6 * static_cast<int>(std::string(text).size()), 13};
+    return true;
+  }
+  cWindowHolder* _rt_popup(int x, int y, int w, int h, cChildElement* root, bool) override {
+    shown = {x, y, w, h};
+    tip = dynamic_cast<cHintMaster*>(root);
+    return new cPopup(&open);
+  }
+  sRect shown;
+  cHintMaster* tip = nullptr;
+  int open = 0;
+};
+
+TEST_F(ElementTree, HintShowsBelowAndGoesOnLeaving) {
+  cFontObject::setMaker([]() { return std::make_unique<cFontObject>(); });
+  cChildElement root, plain, tipped;
+  cHintWindow window(root);
+  root.setWinTarget(&window, 100, 50, 400, 300); // the window's place on the desktop
+  root.attach(&plain, 0, 0, 10, 10);
+  root.attach(&tipped, 20, 30, 40, 16);
+  tipped.setHint("Save\nthe rules file");
+  root.processMouseMove(5, 5);
+  EXPECT_EQ(window.open, 0); // no hint, no tooltip
+  root.processMouseMove(25, 35);
+  ASSERT_EQ(window.open, 1);
+  // Just below the element: 2 right, height + 2 down; widest line + 8 by lines × 13 + 4.
+  EXPECT_EQ(window.shown, (sRect{100 + 20 + 2, 50 + 30 + 16 + 2, 6 * 14 + 8, 2 * 13 + 4}));
+  ASSERT_NE(window.tip, nullptr);
+  EXPECT_EQ(window.tip->background(), cCITheme::theme().getColor(cHintMaster::kBackgroundColour));
+  EXPECT_EQ(tipped.hintPopup(), window.tip);
+  root.processMouseMove(5, 5);
+  EXPECT_EQ(window.open, 0);
+  EXPECT_EQ(tipped.hintPopup(), nullptr);
+  // A closing tooltip's own action also ends it.
+  root.processMouseMove(25, 35);
+  ASSERT_EQ(window.open, 1);
+  tipped.postAction(new cChildAction(cChildAction::acHintClosed));
+  window.deliver();
+  EXPECT_EQ(window.open, 0);
+  cFontObject::setMaker(nullptr);
 }
 
 } // namespace
