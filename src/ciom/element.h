@@ -255,6 +255,9 @@ private:
   };
 
   void forgetChild(cChildElement* child);
+  template <class fHandle>
+  static bool deliverQueue(cChildElement* element, tActionQueue cChildElement::*queue,
+                           fHandle handle);
   // Where the child with that order number is (it must be there).
   std::vector<std::pair<int, cChildElement*>>::iterator childAt(int order);
   // The children in order, copied: for loops that call hooks, which may attach or detach.

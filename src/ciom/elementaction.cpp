@@ -20,19 +20,27 @@ bool cChildElement::processActionNotify(cChildElement* element) {
   return myWinTarget && myWinTarget->_rt_send_action(element);
 }
 
-bool cChildElement::processActionFirst(cChildElement* element) {
+// Moves the element's queue out under the lock and hands each action to handle, deleting
+// it after; a handler may destroy the element, and what is left is then dropped unread.
+template <class fHandle>
+bool cChildElement::deliverQueue(cChildElement* element, tActionQueue cChildElement::*queue,
+                                 fHandle handle) {
   if (!valid(element)) return false;
-  tActionQueue queue;
-  cWindowMaker::gaSyncMove(element->myNotifyQueue, queue);
+  tActionQueue taken;
+  cWindowMaker::gaSyncMove(element->*queue, taken);
   bool all = true;
-  for (auto& action : queue) {
-    // A handler may destroy the element; what is left is then dropped unread.
+  for (auto& action : taken) {
     if (!valid(element)) return false;
-    all = element->processAction(element, action.get()) && all;
+    all = handle(action.get()) && all;
     action->actionDone();
     action.reset();
   }
   return all;
+}
+
+bool cChildElement::processActionFirst(cChildElement* element) {
+  return deliverQueue(element, &cChildElement::myNotifyQueue,
+                      [element](cChildAction* a) { return element->processAction(element, a); });
 }
 
 bool cChildElement::processAction(cChildElement* source, cChildAction* action) {
@@ -52,17 +60,8 @@ bool cChildElement::processPostNotify(cChildElement* element) {
 }
 
 bool cChildElement::processPostFirst(cChildElement* element) {
-  if (!valid(element)) return false;
-  tActionQueue queue;
-  cWindowMaker::gaSyncMove(element->myPostQueue, queue);
-  bool all = true;
-  for (auto& action : queue) {
-    if (!valid(element)) return false;
-    all = element->onAction(element, action.get()) && all;
-    action->actionDone();
-    action.reset();
-  }
-  return all;
+  return deliverQueue(element, &cChildElement::myPostQueue,
+                      [element](cChildAction* a) { return element->onAction(element, a); });
 }
 
 bool cChildElement::sendAction(cSentChildAction* action) {

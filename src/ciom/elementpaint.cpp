@@ -15,6 +15,19 @@ sRect cut(const sRect& a, const sRect& b) {
   return r > l && d > t ? sRect{l, t, r - l, d - t} : sRect{};
 }
 
+// Excludes the four strips of a size × size area that lie around inner, then selects.
+void excludeAround(cCanvas* canvas, const sSize& size, const sRect& inner) {
+  const int right = inner.x + inner.width, bottom = inner.y + inner.height;
+  const sRect strips[] = {{0, 0, inner.x, size.height},
+                          {0, 0, size.width, inner.y},
+                          {right, 0, size.width - right, size.height},
+                          {0, bottom, size.width, size.height - bottom}};
+  for (const sRect& strip : strips) {
+    if (!strip.empty()) canvas->clip(&strip);
+  }
+  canvas->select();
+}
+
 } // namespace
 
 void cChildElement::repaint(const sRect* rect) {
@@ -92,15 +105,7 @@ void cChildElement::processPaint(cCanvas* canvas) {
   }
 
   // The margins outside the client area belong to this element (its border).
-  const sRect margins[] = {
-      {0, 0, client.x, own.height},
-      {0, 0, own.width, client.y},
-      {client.x + client.width, 0, own.width - client.x - client.width, own.height},
-      {0, client.y + client.height, own.width, own.height - client.y - client.height}};
-  for (const sRect& m : margins) {
-    if (!m.empty()) canvas->clip(&m);
-  }
-  canvas->select();
+  excludeAround(canvas, {own.width, own.height}, client);
 
   for (const auto& [child, r] : shown) {
     canvas->unclip(&r);
@@ -110,16 +115,8 @@ void cChildElement::processPaint(cCanvas* canvas) {
       std::unique_ptr<cCanvas> sub(canvas->subCanvas(&whole));
       if (sub) {
         // The child's canvas starts at its own origin but shows only its visible part.
-        const sRect local = {r.x - whole.x, r.y - whole.y, r.width, r.height};
-        const sRect outside[] = {
-            {0, 0, local.x, whole.height},
-            {0, 0, whole.width, local.y},
-            {local.x + local.width, 0, whole.width - local.x - local.width, whole.height},
-            {0, local.y + local.height, whole.width, whole.height - local.y - local.height}};
-        for (const sRect& o : outside) {
-          if (!o.empty()) sub->clip(&o);
-        }
-        sub->select();
+        excludeAround(sub.get(), {whole.width, whole.height},
+                      {r.x - whole.x, r.y - whole.y, r.width, r.height});
         child->processPaint(sub.get());
       }
     }

@@ -219,7 +219,15 @@ bool provideFace(const char* family) {
                   FcConfigAppFontAddFile(config, reinterpret_cast<const FcChar8*>(copy.c_str())) &&
                   FcConfigSetCurrent(config);
   FcConfigDestroy(config); // the current configuration keeps its own reference
-  std::filesystem::remove(copy, error);
+  // Pango opens the file when it first draws with it: remove it only at exit.
+  static struct sRemoveAtExit {
+    std::filesystem::path path;
+    ~sRemoveAtExit() {
+      std::error_code ignored;
+      std::filesystem::remove(path, ignored);
+    }
+  } cleanup;
+  cleanup.path = copy;
   return ok;
 }
 
