@@ -9,10 +9,7 @@
 namespace {
 
 long long unitsOf(const unsigned short* text, long long len) {
-  if (len >= 0) return len;
-  long long n = 0;
-  while (text[n]) ++n;
-  return n;
+  return len >= 0 ? len : _wcslen(text);
 }
 
 const unsigned short kDots[] = {'.', '.', '.', 0};

@@ -46,10 +46,7 @@ tRegion drawableRegion(const std::vector<cCairoCanvas::cClippingItem>& clipping)
 const unsigned short kNoText[] = {0};
 
 long long unitsOf(const unsigned short* text, long long len) {
-  if (len >= 0) return len;
-  long long n = 0;
-  while (text[n]) ++n;
-  return n;
+  return len >= 0 ? len : _wcslen(text);
 }
 
 // UTF-16 to UTF-8 for Pango; an unpaired surrogate becomes U+FFFD. offsets, when given,
