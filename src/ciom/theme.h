@@ -3,7 +3,8 @@
 // Three tables, filled from a static definition: 25 dimensions (value, minimum, maximum),
 // 62 colours (0x00BBGGRR) and 157 image elements (a picture, or a single colour for a
 // 1 × 1 element). The process-wide theme is made on first use from the built-in
-// definition. Used from the GUI thread only.
+// definition, whose image elements are drawn at build time from data/theme/theme.txt;
+// "ciom/themeimages.h" names them. Used from the GUI thread only.
 #pragma once
 
 #include <array>
@@ -11,8 +12,8 @@
 
 #include "picture.h"
 
-// A built-in image element: its size, and either one colour (1 × 1) or a picture resource
-// (see cPicture::create(resource, size)).
+// A built-in image element: its size, and either one colour (1 × 1, a 0xAARRGGBB pixel) or
+// a picture resource (see cPicture::create(resource, size)).
 struct sStaticCIThemeImage {
   int width = 0, height = 0;
   unsigned colour = 0;

@@ -1,6 +1,8 @@
-// The built-in theme: its dimensions and colours. The image elements come from the
-// generated artwork once it exists; until then they are empty.
+// The built-in theme: its dimensions and colours here, its image elements drawn at build
+// time from data/theme/theme.txt.
 #include "theme.h"
+
+extern const sStaticCIThemeImage kThemeImages[cCITheme::kImages];
 
 namespace {
 
@@ -42,7 +44,7 @@ constexpr unsigned kColours[cCITheme::kColours] = {
     0xE0E0E0, 0xB0B0B0, 0xC0C0C0, 0xFCF7F5, 0x404040, 0x404040, 0xFFFFFF, 0xFFFFFF, 0xEFD8CE,
     0xEFD8CE, 0xEFD8CE, 0xEFD8CE, 0xEFD8CE, 0xEFD8CE, 0xE8DBD6, 0xE8DBD6, 0x908280};
 
-constexpr cStaticCIThemeDef kBuiltIn{kDimensions, kColours, nullptr};
+const cStaticCIThemeDef kBuiltIn{kDimensions, kColours, kThemeImages};
 
 } // namespace
 
