@@ -154,6 +154,12 @@ void cChildElement::setWinTarget(cWindowRequestTarget* target, int x, int y, int
   if (const char* section = wantLangResource()) myLangData = requestNamedLangResource(section);
 }
 
+void cChildElement::setWindowPos(int x, int y) {
+  if (myParent) return;
+  myRect.x = x;
+  myRect.y = y;
+}
+
 std::vector<std::pair<int, cChildElement*>>::iterator cChildElement::childAt(int order) {
   return std::lower_bound(myChildren.begin(), myChildren.end(), order,
                           [](const auto& entry, int o) { return entry.first < o; });
@@ -633,7 +639,10 @@ void cChildElement::processConstruct() {
   onConstruct();
 }
 
-void cChildElement::processClose() {
-  onClose();
-  for (cChildElement* child : childList()) child->processClose();
+bool cChildElement::processClose() {
+  if (!onClose()) return false;
+  for (cChildElement* child : childList()) {
+    if (valid(child) && !child->processClose()) return false;
+  }
+  return true;
 }

@@ -85,7 +85,9 @@ public:
   // window's, so the sum is a place on the desktop.
   virtual void processPosQuery(sPoint& p);
   virtual void processConstruct();
-  virtual void processClose();
+  // Asks the subtree, from the root down, whether the window may close; the first
+  // refusal stops the walk.
+  virtual bool processClose();
   virtual void processDettach(cChildElement* element);
   virtual void processEnableChange(bool state);
   // A transparent element's background: the first ancestor whose onBackgroundRequest
@@ -118,7 +120,7 @@ public:
   virtual bool onChar(unsigned short, bool, bool, bool) { return false; }
   virtual bool onKey(int, bool, bool, bool) { return false; }
   virtual bool onAction(cChildElement* source, cChildAction* action);
-  virtual void onClose() {}
+  virtual bool onClose() { return true; } // false keeps the window open
   virtual void onEnableChanged(bool) {}
   virtual void onSetFocusEvent(eEventOrigin origin, bool shift, bool ctrl);
   virtual void onSetFocus(bool, bool) {}
@@ -234,6 +236,8 @@ public:
   void end_modal(int result);
   // Binds a root to its window and sets its rectangle; null unbinds.
   void setWinTarget(cWindowRequestTarget* target, int x, int y, int w, int h);
+  // For the window layer: a root's window now lies at x, y on the desktop.
+  void setWindowPos(int x, int y);
   cWindowRequestTarget* winTarget() const { return myWinTarget; }
   cChildElement* root();
   cChildElement* hovered() const { return myHovered; }

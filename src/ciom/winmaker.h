@@ -20,6 +20,11 @@ public:
   virtual bool desktopSize(sSize& size) = 0;
   virtual ~cWindowMaker() = default;
 
+  // Opens the platform's window maker (the platform library supplies it); null when there
+  // is no display. The first success registers the toolkit's language table and applies
+  // the last applied language, or the default one when none was.
+  static std::unique_ptr<cWindowMaker> newWindowMaker(void* arg1, void* arg2, unsigned flags, int);
+
   // Appends to a queue / moves a whole queue out, under the process-wide action lock.
   static void gaSyncAdd(tActionQueue& queue, std::unique_ptr<cChildAction> action);
   static void gaSyncMove(tActionQueue& from, tActionQueue& to);

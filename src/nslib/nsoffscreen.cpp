@@ -1,0 +1,342 @@
+// The offscreen backend and its test driver.
+#include "nsoffscreen.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <deque>
+#include <map>
+#include <stdexcept>
+
+#include "nsplatform.h"
+
+namespace {
+
+constexpr int kStallWaitMs = 2000;
+
+struct sOffWnd : sNSWnd {
+  int pointer = 0;
+};
+
+class cOffscreenPlatform : public cNSPlatform {
+public:
+  std::deque<std::function<void()>> events;
+  std::function<bool()> idleHook;
+  std::vector<sNSWnd*> z;    // shown windows, bottom first
+  sNSWnd* pressed = nullptr; // the window a held button was pressed on
+  int buttons = 0;           // bit 0 left, bit 1 right
+  std::string sleepReason;
+  bool sleepBlocked = false;
+
+  bool offscreen() const override { return true; }
+  sNSWnd* makeWindow() override { return new sOffWnd; }
+  bool realize(sNSWnd*) override { return true; }
+  void unrealize(sNSWnd* wnd) override {
+    std::erase(z, wnd);
+    if (pressed == wnd) pressed = nullptr;
+    if (myActive == wnd) myActive = nullptr;
+  }
+  void map(sNSWnd* wnd) override {
+    std::erase(z, wnd);
+    z.push_back(wnd);
+  }
+  void unmap(sNSWnd* wnd) override { std::erase(z, wnd); }
+  void ensureSurface(sNSWnd* wnd) override {
+    if (wnd->surface && cairo_image_surface_get_width(wnd->surface) == wnd->w &&
+        cairo_image_surface_get_height(wnd->surface) == wnd->h)
+      return;
+    if (wnd->surface) cairo_surface_destroy(wnd->surface);
+    wnd->surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, wnd->w, wnd->h);
+  }
+  void present(sNSWnd*, int, int, int, int) override {}
+
+  bool dispatchQueued() override {
+    // Only what is queued now: events that queue more wait for the next pass.
+    size_t count = events.size();
+    if (!count) return false;
+    while (count-- && !events.empty()) {
+      std::function<void()> event = std::move(events.front());
+      events.pop_front();
+      event();
+    }
+    return true;
+  }
+  bool waitEvents() override {
+    if (!events.empty()) return true;
+    if (idleHook && idleHook()) return true;
+    std::unique_lock<std::mutex> hold(myWakeLock);
+    const bool woken = myWakeSignal.wait_for(hold, std::chrono::milliseconds(kStallWaitMs),
+                                             [this] { return myWoken; });
+    myWoken = false;
+    return woken;
+  }
+  void wakeUp() override {
+    {
+      std::lock_guard<std::mutex> hold(myWakeLock);
+      myWoken = true;
+    }
+    myWakeSignal.notify_all();
+  }
+  // Drops a wake-up whose window has been served already, so that runUntilIdle does not
+  // count it as work.
+  void forgetWake() {
+    std::lock_guard<std::mutex> hold(myWakeLock);
+    myWoken = false;
+  }
+
+  bool desktopSize(int& w, int& h) override {
+    w = 1280, h = 1024;
+    return true;
+  }
+  bool workArea(int& x, int& y, int& w, int& h) override {
+    x = y = 0;
+    return desktopSize(w, h);
+  }
+  void setCaption(sNSWnd*) override {}
+  void moveResize(sNSWnd*) override {}
+  void sizeLimits(sNSWnd*) override {}
+  void minimize(sNSWnd*) override {}
+  void maximize(sNSWnd* wnd) override {
+    wnd->x = wnd->y = 0;
+    resized(wnd, 1280, 1024);
+  }
+  bool setPointer(sNSWnd* wnd, int type) override {
+    static_cast<sOffWnd*>(wnd)->pointer = type;
+    return true;
+  }
+  void grabPointer(sNSWnd*, bool) override {}
+  void focus(sNSWnd* wnd) override {
+    if (wnd->popup || myActive == wnd) return;
+    sNSWnd* old = myActive;
+    myActive = wnd;
+    myFocus = wnd;
+    if (old) old->send(nseFocusLost, nullptr);
+    if (alive(wnd)) wnd->send(nseFocus, nullptr);
+  }
+  void modalBegin(sNSWnd* wnd, sNSWnd* owner) override {
+    if (!owner || wnd->popup) return;
+    // Centred over the owner, as a window manager places a transient dialog.
+    wnd->x = owner->x + (owner->w - wnd->w) / 2;
+    wnd->y = owner->y + (owner->h - wnd->h) / 2;
+  }
+  void modalEnd(sNSWnd*, sNSWnd*) override {}
+  bool blockSleep(const char* reason) override {
+    sleepBlocked = true;
+    sleepReason = reason;
+    return true;
+  }
+  void unblockSleep() override {
+    sleepBlocked = false;
+    sleepReason.clear();
+  }
+  bool clipSet(eNSClipKind kind, const void* data, long long len) override {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    myClip.clear();
+    myClip[kind].assign(bytes, bytes + len);
+    return true;
+  }
+  bool clipGet(eNSClipKind kind, std::vector<unsigned char>& data) override {
+    const auto found = myClip.find(kind);
+    if (found == myClip.end()) return false;
+    data = found->second;
+    return true;
+  }
+  bool clipHas(eNSClipKind kind) override { return myClip.count(kind) != 0; }
+
+  // The shown window at a desktop point, topmost first.
+  sNSWnd* at(int x, int y) const {
+    for (auto it = z.rbegin(); it != z.rend(); ++it) {
+      const sNSWnd* w = *it;
+      if (x >= w->x && y >= w->y && x < w->x + w->w && y < w->y + w->h) return *it;
+    }
+    return nullptr;
+  }
+  // Where a mouse event at a desktop point goes.
+  sNSWnd* mouseTarget(int x, int y) const {
+    if (capture()) return capture();
+    if (pressed && alive(pressed)) return pressed;
+    return at(x, y);
+  }
+
+protected:
+  void stalled(sNSWnd* wnd) override {
+    throw std::runtime_error("offscreen: the modal run of \"" + wnd->caption +
+                             "\" has nothing left to do");
+  }
+
+private:
+  std::mutex myWakeLock;
+  std::condition_variable myWakeSignal;
+  bool myWoken = false;
+  sNSWnd* myActive = nullptr;
+  std::map<int, std::vector<unsigned char>> myClip;
+};
+
+cOffscreenPlatform& off() {
+  if (!cNSPlatform::current()) {
+    setenv("QVRACI_PLATFORM", "offscreen", 1);
+    nswnd_init();
+  }
+  auto* platform = dynamic_cast<cOffscreenPlatform*>(cNSPlatform::current());
+  if (!platform) throw std::logic_error("nsoff: the offscreen backend is not in use");
+  return *platform;
+}
+
+sNSWnd* live(NSWND wnd) {
+  return off().alive(wnd) ? wnd : nullptr;
+}
+
+} // namespace
+
+std::unique_ptr<cNSPlatform> makeOffscreenPlatform() {
+  return std::make_unique<cOffscreenPlatform>();
+}
+
+namespace nsoff {
+
+std::vector<sWindowInfo> windows() {
+  std::vector<sWindowInfo> out;
+  for (sNSWnd* w : off().windows()) {
+    out.push_back({w, w->caption, w->x, w->y, w->w, w->h, w->popup, w->shown, w->inModal,
+                   w->takesInput, static_cast<sOffWnd*>(w)->pointer});
+  }
+  return out;
+}
+
+sWindowInfo topWindow() {
+  const std::vector<sNSWnd*>& z = off().z;
+  if (z.empty()) return {};
+  for (const sWindowInfo& info : windows()) {
+    if (info.handle == z.back()) return info;
+  }
+  return {};
+}
+
+NSWND keyTarget() {
+  return off().keyTarget();
+}
+
+NSWND captured() {
+  return off().capture();
+}
+
+cairo_surface_t* surface(NSWND wnd) {
+  return live(wnd) ? wnd->surface : nullptr;
+}
+
+bool writePng(NSWND wnd, const char* path) {
+  return live(wnd) && wnd->surface &&
+         cairo_surface_write_to_png(wnd->surface, path) == CAIRO_STATUS_SUCCESS;
+}
+
+void move(int x, int y) {
+  off().events.push_back([x, y] {
+    cOffscreenPlatform& p = off();
+    sNSWnd* w = p.mouseTarget(x, y);
+    if (!w) return;
+    sNSMouseMove e{x - w->x, y - w->y, (p.buttons & 1) != 0, (p.buttons & 2) != 0, {}};
+    p.deliver(w, nseMouseMove, &e);
+  });
+}
+
+void button(int x, int y, int which, bool down, sNSModifiers mods) {
+  off().events.push_back([=] {
+    cOffscreenPlatform& p = off();
+    sNSWnd* w = p.mouseTarget(x, y);
+    const int bit = which == 1 ? 1 : which == 2 ? 2 : 0;
+    p.buttons = down ? p.buttons | bit : p.buttons & ~bit;
+    p.pressed = down ? w : p.buttons ? p.pressed : nullptr;
+    if (!w) return;
+    sNSMouseButton e{which, x - w->x, y - w->y, down, mods};
+    p.deliver(w, nseMouseButton, &e);
+  });
+}
+
+void click(int x, int y, int which, sNSModifiers mods) {
+  button(x, y, which, true, mods);
+  button(x, y, which, false, mods);
+}
+
+void wheel(int x, int y, int notches, sNSModifiers mods) {
+  off().events.push_back([=] {
+    cOffscreenPlatform& p = off();
+    sNSWnd* w = p.mouseTarget(x, y);
+    if (!w) return;
+    sNSWheel e{x - w->x, y - w->y, 0, notches, 0, mods};
+    p.deliver(w, nseWheel, &e);
+  });
+}
+
+void key(int code, sNSModifiers mods) {
+  for (const bool down : {true, false}) {
+    off().events.push_back([=] {
+      cOffscreenPlatform& p = off();
+      sNSKey e{code, down, mods};
+      if (sNSWnd* w = p.keyTarget()) p.deliver(w, nseKey, &e);
+    });
+  }
+}
+
+void type(const char* utf8) {
+  // UTF-8 to UTF-16 units; a malformed byte stands for itself.
+  std::vector<unsigned short> units;
+  const auto* s = reinterpret_cast<const unsigned char*>(utf8 ? utf8 : "");
+  while (*s) {
+    unsigned c = *s++;
+    int more = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
+    if (more) c &= 0x3F >> more;
+    for (; more && (*s & 0xC0) == 0x80; --more) c = c << 6 | (*s++ & 0x3F);
+    if (c >= 0x10000) {
+      c -= 0x10000;
+      units.push_back(static_cast<unsigned short>(0xD800 | c >> 10));
+      units.push_back(static_cast<unsigned short>(0xDC00 | (c & 0x3FF)));
+    } else {
+      units.push_back(static_cast<unsigned short>(c));
+    }
+  }
+  for (const unsigned short unit : units) {
+    off().events.push_back([unit] {
+      cOffscreenPlatform& p = off();
+      sNSChar e{unit, false, false};
+      if (sNSWnd* w = p.keyTarget()) p.deliver(w, nseChar, &e);
+    });
+  }
+}
+
+void closeRequest(NSWND wnd) {
+  off().events.push_back([wnd] {
+    if (live(wnd)) off().deliver(wnd, nseClose, nullptr);
+  });
+}
+
+void post(std::function<void()> f) {
+  off().events.push_back(std::move(f));
+}
+
+void runUntilIdle() {
+  cOffscreenPlatform& p = off();
+  while (p.pass(false)) {
+  }
+  p.forgetWake();
+}
+
+bool runUntil(const std::function<bool()>& done, int timeoutMs) {
+  cOffscreenPlatform& p = off();
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    if (!p.pass(false)) p.waitEvents();
+  }
+  return true;
+}
+
+void setIdleHook(std::function<bool()> hook) {
+  off().idleHook = std::move(hook);
+}
+
+std::string sleepBlockReason() {
+  return off().sleepBlocked ? off().sleepReason : std::string();
+}
+
+} // namespace nsoff

@@ -1,0 +1,258 @@
+#include "nsplatform.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+std::unique_ptr<cNSPlatform>& slot() {
+  static std::unique_ptr<cNSPlatform> platform;
+  return platform;
+}
+
+} // namespace
+
+sNSWnd::~sNSWnd() {
+  if (surface) cairo_surface_destroy(surface);
+}
+
+void sNSWnd::markDirty(int ax, int ay, int aw, int ah) {
+  const int x0 = std::max(0, ax), y0 = std::max(0, ay);
+  const int x1 = std::min(w, ax + aw), y1 = std::min(h, ay + ah);
+  if (x0 >= x1 || y0 >= y1) return;
+  if (dirtyX0 >= dirtyX1) {
+    dirtyX0 = x0, dirtyY0 = y0, dirtyX1 = x1, dirtyY1 = y1;
+    return;
+  }
+  dirtyX0 = std::min(dirtyX0, x0), dirtyY0 = std::min(dirtyY0, y0);
+  dirtyX1 = std::max(dirtyX1, x1), dirtyY1 = std::max(dirtyY1, y1);
+}
+
+cNSPlatform::~cNSPlatform() = default;
+
+cNSPlatform* cNSPlatform::current() {
+  return slot().get();
+}
+
+bool cNSPlatform::open(std::string& error) {
+  if (slot()) return true;
+  const char* which = std::getenv("QVRACI_PLATFORM");
+  std::unique_ptr<cNSPlatform> platform = which && std::strcmp(which, "offscreen") == 0
+                                              ? makeOffscreenPlatform()
+                                              : makeXlibPlatform(error);
+  if (!platform) return false;
+  slot() = std::move(platform);
+  return true;
+}
+
+bool cNSPlatform::alive(const sNSWnd* wnd) const {
+  if (!wnd) return false;
+  std::lock_guard<std::mutex> hold(myLock);
+  return myWindows.count(wnd) != 0;
+}
+
+bool cNSPlatform::notify(sNSWnd* wnd) {
+  {
+    std::lock_guard<std::mutex> hold(myLock);
+    if (!wnd || !myWindows.count(wnd)) return false;
+    wnd->wake = true;
+  }
+  wakeUp();
+  return true;
+}
+
+std::vector<sNSWnd*> cNSPlatform::windows() const {
+  std::lock_guard<std::mutex> hold(myLock);
+  return myOrder;
+}
+
+NSWND cNSPlatform::create(const char* caption, int x, int y, int w, int h, bool popup, NSWND owner,
+                          bool takesInput, tNSWndCallback callback, void* param) {
+  if (!alive(owner)) owner = nullptr;
+  std::unique_ptr<sNSWnd> wnd(makeWindow());
+  wnd->callback = callback;
+  wnd->param = param;
+  wnd->popup = popup;
+  wnd->takesInput = takesInput;
+  wnd->owner = owner;
+  wnd->caption = caption ? caption : "";
+  wnd->w = std::clamp(w, 1, 32767);
+  wnd->h = std::clamp(h, 1, 32767);
+  wnd->x = x, wnd->y = y;
+  if (!popup && x == -1 && y == -1) {
+    int ax = 0, ay = 0, aw = 0, ah = 0;
+    if (workArea(ax, ay, aw, ah)) wnd->x = ax + (aw - wnd->w) / 2, wnd->y = ay + (ah - wnd->h) / 2;
+  }
+  if (!realize(wnd.get())) return nullptr;
+  sNSWnd* made = wnd.release();
+  {
+    std::lock_guard<std::mutex> hold(myLock);
+    myWindows.insert(made);
+    myOrder.push_back(made);
+  }
+  return made;
+}
+
+void cNSPlatform::destroy(sNSWnd* wnd) {
+  if (!alive(wnd)) return;
+  {
+    std::lock_guard<std::mutex> hold(myLock);
+    myWindows.erase(wnd);
+    myOrder.erase(std::find(myOrder.begin(), myOrder.end(), wnd));
+  }
+  if (myCapture == wnd) setCapture(nullptr);
+  if (myFocus == wnd) myFocus = nullptr;
+  std::erase(myModals, wnd);
+  for (sNSWnd* other : windows()) {
+    if (other->owner == wnd) other->owner = nullptr;
+  }
+  unrealize(wnd);
+  delete wnd;
+}
+
+void cNSPlatform::showWindow(sNSWnd* wnd) {
+  map(wnd);
+  wnd->shown = true;
+  ensureSurface(wnd);
+  wnd->markAllDirty();
+  if (wnd->takesInput && !wnd->popup) {
+    myFocus = wnd;
+    focus(wnd);
+  }
+  paintDirty();
+}
+
+void cNSPlatform::setCapture(sNSWnd* wnd) {
+  if (myCapture == wnd) return;
+  if (myCapture) grabPointer(myCapture, false);
+  myCapture = wnd;
+  if (wnd) grabPointer(wnd, true);
+}
+
+int cNSPlatform::modal(sNSWnd* wnd, sNSWnd* owner) {
+  if (!alive(wnd)) return -1;
+  if (!alive(owner) || owner == wnd) owner = nullptr;
+  wnd->modalResult = kNSModalRunning;
+  wnd->inModal = true;
+  wnd->owner = owner;
+  setCapture(nullptr);
+  modalBegin(wnd, owner);
+  myModals.push_back(wnd);
+  // Leaves the modal state behind whichever way the loop ends (a stalled offscreen loop
+  // throws).
+  struct sUnwind {
+    cNSPlatform& platform;
+    sNSWnd* wnd;
+    sNSWnd* owner;
+    ~sUnwind() {
+      std::erase(platform.myModals, wnd);
+      if (platform.alive(wnd)) {
+        wnd->inModal = false;
+        wnd->modalResult = kNSModalRunning;
+        platform.unmap(wnd);
+        wnd->shown = false;
+        platform.modalEnd(wnd, owner);
+      }
+      if (platform.alive(owner)) {
+        platform.myFocus = owner;
+        platform.focus(owner);
+      }
+    }
+  } unwind{*this, wnd, owner};
+  showWindow(wnd);
+  while (alive(wnd) && wnd->modalResult == kNSModalRunning) {
+    if (!pass(true)) stalled(wnd);
+  }
+  return alive(wnd) ? wnd->modalResult : 0;
+}
+
+void cNSPlatform::msgloop() {
+  const auto anyShown = [this] {
+    for (const sNSWnd* w : windows()) {
+      if (w->shown && !w->popup) return true;
+    }
+    return false;
+  };
+  while (anyShown()) {
+    if (!pass(true)) break;
+  }
+}
+
+bool cNSPlatform::pass(bool mayWait) {
+  bool busy = deliverWakes();
+  busy = dispatchQueued() || busy;
+  if (busy) return true;
+  if (paintDirty()) return true;
+  return mayWait && waitEvents();
+}
+
+bool cNSPlatform::deliverWakes() {
+  std::vector<sNSWnd*> woken;
+  {
+    std::lock_guard<std::mutex> hold(myLock);
+    for (sNSWnd* w : myOrder) {
+      if (w->wake) woken.push_back(w);
+      w->wake = false;
+    }
+  }
+  for (sNSWnd* w : woken) {
+    if (alive(w)) w->send(nseWake, nullptr);
+  }
+  return !woken.empty();
+}
+
+bool cNSPlatform::paintDirty() {
+  bool painted = false;
+  for (sNSWnd* w : windows()) {
+    if (!alive(w) || !w->shown || w->dirtyX0 >= w->dirtyX1) continue;
+    const int x = w->dirtyX0, y = w->dirtyY0, cx = w->dirtyX1 - x, cy = w->dirtyY1 - y;
+    w->dirtyX0 = w->dirtyX1 = 0;
+    ensureSurface(w);
+    sNSPaint paint{w->surface, x, y, cx, cy};
+    w->send(nsePaint, &paint);
+    if (!alive(w)) continue;
+    cairo_surface_flush(w->surface);
+    present(w, x, y, cx, cy);
+    painted = true;
+  }
+  return painted;
+}
+
+void cNSPlatform::resized(sNSWnd* wnd, int w, int h) {
+  if (wnd->w == w && wnd->h == h) return;
+  wnd->w = std::max(1, w), wnd->h = std::max(1, h);
+  ensureSurface(wnd);
+  sNSSize size{wnd->w, wnd->h};
+  wnd->send(nseSize, &size);
+  if (alive(wnd)) wnd->markAllDirty();
+}
+
+bool cNSPlatform::blocked(const sNSWnd* wnd) const {
+  const sNSWnd* top = modalTop();
+  return top && wnd != top && !wnd->popup;
+}
+
+sNSWnd* cNSPlatform::keyTarget() const {
+  const std::vector<sNSWnd*> all = windows();
+  for (auto it = all.rbegin(); it != all.rend(); ++it) {
+    if ((*it)->popup && (*it)->shown && (*it)->takesInput) return *it;
+  }
+  if (sNSWnd* top = modalTop()) return top;
+  return myFocus;
+}
+
+long cNSPlatform::deliver(sNSWnd* wnd, int code, void* data) {
+  if (!alive(wnd)) return 0;
+  if (blocked(wnd) || (!wnd->takesInput && code != nseClose)) return code == nseClose ? 1 : 0;
+  const long answer = wnd->send(code, data);
+  if (code == nseClose && answer == 0 && alive(wnd)) {
+    if (wnd->inModal) {
+      wnd->modalResult = 0;
+    } else {
+      unmap(wnd);
+      wnd->shown = false;
+    }
+  }
+  return answer;
+}

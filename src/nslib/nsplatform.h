@@ -1,0 +1,131 @@
+// What both backends share: the window record, the registry of live windows, modal runs,
+// input blocking, wake-ups from other threads, dirty areas and the painting pass. A
+// backend supplies the platform's side through the virtual operations.
+#pragma once
+
+#include <atomic>
+#include <cairo.h>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "nswnd.h"
+
+struct sNSWnd {
+  virtual ~sNSWnd();
+
+  tNSWndCallback callback = nullptr;
+  void* param = nullptr;
+  bool popup = false, takesInput = true;
+  bool shown = false;
+  NSWND owner = nullptr;
+  std::string caption;
+  int x = 0, y = 0, w = 0, h = 0;             // desktop position of the client area, client size
+  int minW = 0, minH = 0, maxW = 0, maxH = 0; // 0: no limit
+  int modalResult = kNSModalRunning;
+  bool inModal = false;
+  // The area to repaint, empty when x0 >= x1.
+  int dirtyX0 = 0, dirtyY0 = 0, dirtyX1 = 0, dirtyY1 = 0;
+  // Set by nswnd_notify_action from any thread, under the registry's lock.
+  bool wake = false;
+  // The back buffer the window paints into; the backend shows it.
+  cairo_surface_t* surface = nullptr;
+
+  long send(int code, void* data) { return callback ? callback(code, data, param) : 0; }
+  void markDirty(int x, int y, int w, int h);
+  void markAllDirty() { markDirty(0, 0, w, h); }
+};
+
+class cNSPlatform {
+public:
+  virtual ~cNSPlatform();
+
+  static cNSPlatform* current();
+  // Installs the backend chosen by the environment; false (with a reason) when it fails.
+  static bool open(std::string& error);
+
+  bool alive(const sNSWnd* wnd) const;
+  // Any thread.
+  bool notify(sNSWnd* wnd);
+
+  NSWND create(const char* caption, int x, int y, int w, int h, bool popup, NSWND owner,
+               bool takesInput, tNSWndCallback callback, void* param);
+  void destroy(sNSWnd* wnd);
+  void showWindow(sNSWnd* wnd);
+  int modal(sNSWnd* wnd, sNSWnd* owner);
+  void msgloop();
+  // Handles wake-ups, queued events and painting once; waits for more when there was
+  // nothing to do and mayWait is set. False when nothing is left to do and nothing can
+  // come any more.
+  bool pass(bool mayWait);
+  // The window holding the pointer, or null.
+  sNSWnd* capture() const { return myCapture; }
+  void setCapture(sNSWnd* wnd);
+  void resized(sNSWnd* wnd, int w, int h);
+  // The innermost running modal window, or null.
+  sNSWnd* modalTop() const { return myModals.empty() ? nullptr : myModals.back(); }
+  // The window that takes keys: an open popup taking input, the innermost modal window,
+  // else the focused window.
+  sNSWnd* keyTarget() const;
+  // Delivers an input or close event, unless a modal run blocks the window.
+  long deliver(sNSWnd* wnd, int code, void* data);
+  std::vector<sNSWnd*> windows() const;
+
+  // --- the backend's part ---
+  virtual bool offscreen() const = 0;
+  virtual sNSWnd* makeWindow() = 0;
+  // Creates the platform window for a filled record (unshown); false when it cannot.
+  virtual bool realize(sNSWnd* wnd) = 0;
+  virtual void unrealize(sNSWnd* wnd) = 0;
+  virtual void map(sNSWnd* wnd) = 0;
+  virtual void unmap(sNSWnd* wnd) = 0;
+  // Makes the back buffer match the window's size.
+  virtual void ensureSurface(sNSWnd* wnd) = 0;
+  // Shows the painted part of the back buffer.
+  virtual void present(sNSWnd* wnd, int x, int y, int w, int h) = 0;
+  // Dispatches every event that has arrived; true when there was one.
+  virtual bool dispatchQueued() = 0;
+  // Waits until something may have arrived; false when nothing can.
+  virtual bool waitEvents() = 0;
+  // Wakes waitEvents. Any thread.
+  virtual void wakeUp() = 0;
+  virtual bool desktopSize(int& w, int& h) = 0;
+  virtual bool workArea(int& x, int& y, int& w, int& h) = 0;
+  virtual void setCaption(sNSWnd* wnd) = 0;
+  virtual void moveResize(sNSWnd* wnd) = 0;
+  virtual void sizeLimits(sNSWnd* wnd) = 0;
+  virtual void minimize(sNSWnd* wnd) = 0;
+  virtual void maximize(sNSWnd* wnd) = 0;
+  virtual bool setPointer(sNSWnd* wnd, int type) = 0;
+  virtual void grabPointer(sNSWnd* wnd, bool on) = 0;
+  virtual void focus(sNSWnd* wnd) = 0;
+  virtual void modalBegin(sNSWnd* wnd, sNSWnd* owner) = 0;
+  virtual void modalEnd(sNSWnd* wnd, sNSWnd* owner) = 0;
+  virtual bool blockSleep(const char* reason) = 0;
+  virtual void unblockSleep() = 0;
+  virtual bool clipSet(eNSClipKind kind, const void* data, long long len) = 0;
+  virtual bool clipGet(eNSClipKind kind, std::vector<unsigned char>& data) = 0;
+  virtual bool clipHas(eNSClipKind kind) = 0;
+
+protected:
+  // Called when a modal loop has nothing to do and nothing can come (offscreen only).
+  virtual void stalled(sNSWnd* wnd) = 0;
+  sNSWnd* myFocus = nullptr;
+
+private:
+  bool deliverWakes();
+  bool paintDirty();
+  bool blocked(const sNSWnd* wnd) const;
+
+  mutable std::mutex myLock; // guards myWindows and every window's wake flag
+  std::unordered_set<const sNSWnd*> myWindows;
+  std::vector<sNSWnd*> myOrder; // creation order, for painting and listing
+  std::vector<sNSWnd*> myModals;
+  sNSWnd* myCapture = nullptr;
+};
+
+std::unique_ptr<cNSPlatform> makeOffscreenPlatform();
+// Null, with the reason in error, when the display cannot be opened.
+std::unique_ptr<cNSPlatform> makeXlibPlatform(std::string& error);

@@ -1,0 +1,271 @@
+// The CLIPBOARD selection of the X11 backend: owned by a hidden window, text offered as
+// UTF8_STRING and text/plain;charset=utf-8, bytes as application/octet-stream; large
+// data in pieces (INCR) both ways.
+#include <X11/Xatom.h>
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <functional>
+#include <poll.h>
+
+#include "nsxlib.h"
+
+namespace {
+
+constexpr int kWaitMs = 3000;
+constexpr long kIncrGiveUpMs = 10000;
+constexpr char kProperty[] = "QVRACI_SELECTION";
+
+long nowMs() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+} // namespace
+
+Time cXlibPlatform::serverTime() {
+  if (myLastTime != CurrentTime) return myLastTime;
+  // A zero-length append makes the server report its time in a PropertyNotify.
+  XChangeProperty(myDisplay, myClipWindow, atom(kProperty), XA_STRING, 8, PropModeAppend, nullptr,
+                  0);
+  XEvent ev;
+  XWindowEvent(myDisplay, myClipWindow, PropertyChangeMask, &ev);
+  myLastTime = ev.xproperty.time;
+  return myLastTime;
+}
+
+bool cXlibPlatform::clipSet(eNSClipKind kind, const void* data, long long len) {
+  const auto* bytes = static_cast<const unsigned char*>(data);
+  myClipData.assign(bytes, bytes + len);
+  myClipKind = kind;
+  myClipTime = serverTime();
+  XSetSelectionOwner(myDisplay, atom("CLIPBOARD"), myClipWindow, myClipTime);
+  const bool owned = XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == myClipWindow;
+  if (!owned) myClipKind = -1, myClipData.clear();
+  return owned;
+}
+
+void cXlibPlatform::answerSelection(XSelectionRequestEvent& req) {
+  XSelectionEvent reply{};
+  reply.type = SelectionNotify;
+  reply.requestor = req.requestor;
+  reply.selection = req.selection;
+  reply.target = req.target;
+  reply.time = req.time;
+  reply.property = None;
+  // Old clients may name no property: the target then serves as one.
+  const Atom property = req.property ? req.property : req.target;
+  const bool text = myClipKind == nsClipText, raw = myClipKind == nsClipRaw;
+  const Atom utf8 = atom("UTF8_STRING"), plain = atom("text/plain;charset=utf-8");
+  const Atom octets = atom("application/octet-stream");
+  const auto maxChunk =
+      static_cast<size_t>(std::min(XMaxRequestSize(myDisplay) * 4 - 256, 262144L));
+  if (req.selection == atom("CLIPBOARD") && req.owner == myClipWindow && (text || raw)) {
+    if (req.target == atom("TARGETS")) {
+      std::vector<long> targets{static_cast<long>(atom("TARGETS")),
+                                static_cast<long>(atom("TIMESTAMP"))};
+      if (text) targets.insert(targets.end(), {static_cast<long>(utf8), static_cast<long>(plain)});
+      if (raw) targets.push_back(static_cast<long>(octets));
+      XChangeProperty(myDisplay, req.requestor, property, XA_ATOM, 32, PropModeReplace,
+                      reinterpret_cast<unsigned char*>(targets.data()),
+                      static_cast<int>(targets.size()));
+      reply.property = property;
+    } else if (req.target == atom("TIMESTAMP")) {
+      const long time = static_cast<long>(myClipTime);
+      XChangeProperty(myDisplay, req.requestor, property, XA_INTEGER, 32, PropModeReplace,
+                      reinterpret_cast<const unsigned char*>(&time), 1);
+      reply.property = property;
+    } else if ((text && (req.target == utf8 || req.target == plain)) ||
+               (raw && req.target == octets)) {
+      if (myClipData.size() > maxChunk) {
+        // Too big for one request: the requestor deletes the property for every piece.
+        XSelectInput(myDisplay, req.requestor, PropertyChangeMask);
+        const long size = static_cast<long>(myClipData.size());
+        XChangeProperty(myDisplay, req.requestor, property, atom("INCR"), 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&size), 1);
+        myIncr.push_back({req.requestor, property, req.target, myClipData, 0, nowMs()});
+      } else {
+        XChangeProperty(myDisplay, req.requestor, property, req.target, 8, PropModeReplace,
+                        myClipData.data(), static_cast<int>(myClipData.size()));
+      }
+      reply.property = property;
+    }
+  }
+  XSendEvent(myDisplay, req.requestor, False, 0, reinterpret_cast<XEvent*>(&reply));
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::continueIncr(XPropertyEvent& ev) {
+  const long now = nowMs();
+  std::erase_if(myIncr, [now](const sIncrOut& t) { return now - t.started > kIncrGiveUpMs; });
+  const auto t = std::find_if(myIncr.begin(), myIncr.end(), [&ev](const sIncrOut& t) {
+    return t.requestor == ev.window && t.property == ev.atom;
+  });
+  if (t == myIncr.end()) return;
+  const auto maxChunk =
+      static_cast<size_t>(std::min(XMaxRequestSize(myDisplay) * 4 - 256, 262144L));
+  const size_t n = std::min(maxChunk, t->data.size() - t->offset);
+  XChangeProperty(myDisplay, t->requestor, t->property, t->type, 8, PropModeReplace,
+                  t->data.data() + t->offset, static_cast<int>(n));
+  t->offset += n;
+  // The zero-length piece ends the transfer.
+  if (n == 0) {
+    XSelectInput(myDisplay, t->requestor, NoEventMask);
+    myIncr.erase(t);
+  }
+  XFlush(myDisplay);
+}
+
+namespace {
+
+// Waits for an event that `wanted` accepts, serving selection requests meanwhile and
+// setting other events aside; false after the time limit.
+bool waitFor(Display* dpy, const std::function<bool(const XEvent&)>& wanted,
+             const std::function<void(XEvent&)>& other, XEvent& got) {
+  const long end = nowMs() + kWaitMs;
+  XFlush(dpy);
+  for (;;) {
+    while (XPending(dpy)) {
+      XEvent ev;
+      XNextEvent(dpy, &ev);
+      if (wanted(ev)) {
+        got = ev;
+        return true;
+      }
+      other(ev);
+    }
+    const long left = end - nowMs();
+    if (left <= 0) return false;
+    pollfd fd{ConnectionNumber(dpy), POLLIN, 0};
+    poll(&fd, 1, static_cast<int>(left));
+  }
+}
+
+} // namespace
+
+bool cXlibPlatform::waitForSelection(XEvent& got) {
+  return waitFor(
+      myDisplay,
+      [this](const XEvent& ev) {
+        return ev.type == SelectionNotify && ev.xselection.requestor == myClipWindow;
+      },
+      [this](XEvent& ev) {
+        if (XFilterEvent(&ev, None)) return;
+        if (ev.type == SelectionRequest || ev.type == SelectionClear ||
+            (ev.type == PropertyNotify && ev.xproperty.window != myClipWindow))
+          handle(ev);
+        else
+          defer(ev);
+      },
+      got);
+}
+
+bool cXlibPlatform::waitForProperty(Atom property) {
+  XEvent got;
+  return waitFor(
+      myDisplay,
+      [this, property](const XEvent& ev) {
+        return ev.type == PropertyNotify && ev.xproperty.window == myClipWindow &&
+               ev.xproperty.atom == property && ev.xproperty.state == PropertyNewValue;
+      },
+      [this](XEvent& ev) {
+        if (XFilterEvent(&ev, None)) return;
+        if (ev.type == SelectionRequest || ev.type == SelectionClear ||
+            (ev.type == PropertyNotify && ev.xproperty.window != myClipWindow))
+          handle(ev);
+        else if (ev.type != PropertyNotify)
+          defer(ev);
+      },
+      got);
+}
+
+namespace {
+
+// Reads and deletes a whole property; format-32 items come out as longs.
+bool takeProperty(Display* dpy, Window win, Atom property, std::vector<unsigned char>& out,
+                  Atom& type, int& format) {
+  unsigned long count = 0, after = 0;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(dpy, win, property, 0, LONG_MAX / 4, True, AnyPropertyType, &type, &format,
+                         &count, &after, &data) != Success)
+    return false;
+  const size_t unit = format == 32 ? sizeof(long) : format == 16 ? sizeof(short) : 1;
+  if (data) out.assign(data, data + count * unit);
+  if (data) XFree(data);
+  return true;
+}
+
+} // namespace
+
+bool cXlibPlatform::readIncr(Atom property, std::vector<unsigned char>& out) {
+  out.clear();
+  for (;;) {
+    if (!waitForProperty(property)) return false;
+    std::vector<unsigned char> piece;
+    Atom type = 0;
+    int format = 0;
+    if (!takeProperty(myDisplay, myClipWindow, property, piece, type, format)) return false;
+    if (piece.empty()) return true;
+    out.insert(out.end(), piece.begin(), piece.end());
+  }
+}
+
+bool cXlibPlatform::convert(Atom target, std::vector<unsigned char>& out, Atom& type) {
+  const Atom property = atom(kProperty);
+  XDeleteProperty(myDisplay, myClipWindow, property);
+  XConvertSelection(myDisplay, atom("CLIPBOARD"), target, property, myClipWindow, myLastTime);
+  XEvent got;
+  if (!waitForSelection(got) || got.xselection.property == None) return false;
+  int format = 0;
+  if (!takeProperty(myDisplay, myClipWindow, property, out, type, format)) return false;
+  if (type == atom("INCR")) return readIncr(property, out);
+  return true;
+}
+
+bool cXlibPlatform::clipGet(eNSClipKind kind, std::vector<unsigned char>& data) {
+  if (XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == myClipWindow) {
+    if (myClipKind != kind) return false;
+    data = myClipData;
+    return true;
+  }
+  if (XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == None) return false;
+  Atom type = 0;
+  if (kind == nsClipRaw) return convert(atom("application/octet-stream"), data, type);
+  if (convert(atom("UTF8_STRING"), data, type) ||
+      convert(atom("text/plain;charset=utf-8"), data, type))
+    return true;
+  // Last, Latin-1 text, widened to UTF-8.
+  std::vector<unsigned char> latin;
+  if (!convert(XA_STRING, latin, type)) return false;
+  data.clear();
+  for (const unsigned char c : latin) {
+    if (c < 0x80) {
+      data.push_back(c);
+    } else {
+      data.push_back(static_cast<unsigned char>(0xC0 | c >> 6));
+      data.push_back(static_cast<unsigned char>(0x80 | (c & 0x3F)));
+    }
+  }
+  return true;
+}
+
+bool cXlibPlatform::clipHas(eNSClipKind kind) {
+  const Window owner = XGetSelectionOwner(myDisplay, atom("CLIPBOARD"));
+  if (owner == myClipWindow) return myClipKind == kind;
+  if (owner == None) return false;
+  std::vector<unsigned char> list;
+  Atom type = 0;
+  if (!convert(atom("TARGETS"), list, type)) return false;
+  std::vector<Atom> wanted;
+  if (kind == nsClipText)
+    wanted = {atom("UTF8_STRING"), atom("text/plain;charset=utf-8"), XA_STRING};
+  else
+    wanted = {atom("application/octet-stream")};
+  for (size_t i = 0; i + sizeof(long) <= list.size(); i += sizeof(long)) {
+    long item = 0;
+    std::copy_n(list.data() + i, sizeof(long), reinterpret_cast<unsigned char*>(&item));
+    if (std::count(wanted.begin(), wanted.end(), static_cast<Atom>(item))) return true;
+  }
+  return false;
+}

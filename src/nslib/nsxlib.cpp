@@ -1,0 +1,628 @@
+#include "nsxlib.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xatom.h>
+#include <X11/cursorfont.h>
+#include <X11/extensions/scrnsaver.h>
+#include <algorithm>
+#include <cairo-xlib.h>
+#include <clocale>
+#include <cstring>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace {
+
+// Requests to windows that have gone (a clipboard requestor, a late focus) must not end
+// the program; the error is simply dropped.
+int ignoreErrors(Display*, XErrorEvent*) {
+  return 0;
+}
+
+constexpr long kEventMask = ExposureMask | StructureNotifyMask | KeyPressMask | KeyReleaseMask |
+                            ButtonPressMask | ButtonReleaseMask | PointerMotionMask |
+                            LeaveWindowMask | FocusChangeMask | PropertyChangeMask;
+
+} // namespace
+
+std::unique_ptr<cNSPlatform> makeXlibPlatform(std::string& error) {
+  std::setlocale(LC_CTYPE, "");
+  XSetLocaleModifiers("");
+  const char* name = XDisplayName(nullptr);
+  Display* dpy = XOpenDisplay(nullptr);
+  if (!dpy) {
+    error = std::string("cannot open the X display \"") + (name ? name : "") + "\"";
+    return nullptr;
+  }
+  return std::make_unique<cXlibPlatform>(dpy);
+}
+
+cXlibPlatform::cXlibPlatform(Display* dpy)
+    : myDisplay(dpy), myScreen(DefaultScreen(dpy)), myRoot(RootWindow(dpy, myScreen)),
+      myVisual(DefaultVisual(dpy, myScreen)), myDepth(DefaultDepth(dpy, myScreen)) {
+  XSetErrorHandler(ignoreErrors);
+  myWakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  Bool supported = False;
+  XkbSetDetectableAutoRepeat(dpy, True, &supported);
+  myIM = XOpenIM(dpy, nullptr, nullptr, nullptr);
+  XSetWindowAttributes attrs{};
+  attrs.event_mask = PropertyChangeMask;
+  myClipWindow = XCreateWindow(dpy, myRoot, -10, -10, 1, 1, 0, CopyFromParent, InputOnly,
+                               CopyFromParent, CWEventMask, &attrs);
+}
+
+cXlibPlatform::~cXlibPlatform() {
+  for (sNSWnd* w : windows()) destroy(w);
+  for (auto& [type, cursor] : myCursors) XFreeCursor(myDisplay, cursor);
+  if (myIM) XCloseIM(myIM);
+  if (myClipWindow) XDestroyWindow(myDisplay, myClipWindow);
+  XCloseDisplay(myDisplay);
+  if (myWakeFd >= 0) close(myWakeFd);
+}
+
+Atom cXlibPlatform::atom(const char* name) {
+  auto found = myAtoms.find(name);
+  if (found != myAtoms.end()) return found->second;
+  const Atom a = XInternAtom(myDisplay, name, False);
+  myAtoms.emplace(name, a);
+  return a;
+}
+
+sXWnd* cXlibPlatform::find(Window win) const {
+  for (sNSWnd* w : windows()) {
+    if (static_cast<sXWnd*>(w)->win == win) return static_cast<sXWnd*>(w);
+  }
+  return nullptr;
+}
+
+bool cXlibPlatform::hasWindowManager() {
+  if (myWM >= 0) return myWM == 1;
+  myWM = 0;
+  const auto supporting = [this](Window win, Window& out) {
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const bool ok =
+        XGetWindowProperty(myDisplay, win, atom("_NET_SUPPORTING_WM_CHECK"), 0, 1, False, XA_WINDOW,
+                           &type, &format, &count, &after, &data) == Success &&
+        type == XA_WINDOW && format == 32 && count == 1;
+    if (ok) out = static_cast<Window>(reinterpret_cast<long*>(data)[0]);
+    if (data) XFree(data);
+    return ok;
+  };
+  Window check = 0, self = 0;
+  if (supporting(myRoot, check) && supporting(check, self) && self == check) myWM = 1;
+  return myWM == 1;
+}
+
+void cXlibPlatform::setAtomProperty(Window win, const char* property,
+                                    const std::vector<const char*>& values) {
+  std::vector<long> atoms;
+  for (const char* v : values) atoms.push_back(static_cast<long>(atom(v)));
+  XChangeProperty(myDisplay, win, atom(property), XA_ATOM, 32, PropModeReplace,
+                  reinterpret_cast<unsigned char*>(atoms.data()), static_cast<int>(atoms.size()));
+}
+
+void cXlibPlatform::setHints(sXWnd* wnd) {
+  XSizeHints* hints = XAllocSizeHints();
+  if (!hints) return;
+  hints->flags = PPosition | USPosition | PResizeInc | PBaseSize | PWinGravity;
+  hints->x = wnd->x, hints->y = wnd->y;
+  hints->width_inc = hints->height_inc = 5;
+  // Increments count from the base: this keeps the first size reachable.
+  hints->base_width = wnd->w % 5, hints->base_height = wnd->h % 5;
+  hints->win_gravity = StaticGravity;
+  if (wnd->minW || wnd->minH) {
+    hints->flags |= PMinSize;
+    hints->min_width = wnd->minW, hints->min_height = wnd->minH;
+  }
+  if (wnd->maxW || wnd->maxH) {
+    hints->flags |= PMaxSize;
+    hints->max_width = wnd->maxW ? wnd->maxW : 32767;
+    hints->max_height = wnd->maxH ? wnd->maxH : 32767;
+  }
+  XSetWMNormalHints(myDisplay, wnd->win, hints);
+  XFree(hints);
+}
+
+bool cXlibPlatform::realize(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  XSetWindowAttributes attrs{};
+  attrs.event_mask = kEventMask;
+  attrs.background_pixmap = None;
+  attrs.bit_gravity = NorthWestGravity;
+  unsigned long mask = CWEventMask | CWBackPixmap | CWBitGravity;
+  if (wnd->popup) {
+    attrs.override_redirect = True;
+    attrs.save_under = True;
+    mask |= CWOverrideRedirect | CWSaveUnder;
+  }
+  wnd->win =
+      XCreateWindow(myDisplay, myRoot, wnd->x, wnd->y, static_cast<unsigned>(wnd->w),
+                    static_cast<unsigned>(wnd->h), 0, myDepth, InputOutput, myVisual, mask, &attrs);
+  if (!wnd->win) return false;
+  wnd->winSurface = cairo_xlib_surface_create(myDisplay, wnd->win, myVisual, wnd->w, wnd->h);
+
+  XClassHint klass{const_cast<char*>("qvraci-ruled"), const_cast<char*>("qvraci-ruled")};
+  XSetClassHint(myDisplay, wnd->win, &klass);
+  const long pid = getpid();
+  XChangeProperty(myDisplay, wnd->win, atom("_NET_WM_PID"), XA_CARDINAL, 32, PropModeReplace,
+                  reinterpret_cast<const unsigned char*>(&pid), 1);
+  if (wnd->popup) {
+    setAtomProperty(
+        wnd->win, "_NET_WM_WINDOW_TYPE",
+        {wnd->takesInput ? "_NET_WM_WINDOW_TYPE_POPUP_MENU" : "_NET_WM_WINDOW_TYPE_TOOLTIP"});
+    if (auto* owner = static_cast<sXWnd*>(wnd->owner))
+      XSetTransientForHint(myDisplay, wnd->win, owner->win);
+    return true;
+  }
+  Atom protocols[] = {atom("WM_DELETE_WINDOW"), atom("_NET_WM_PING")};
+  XSetWMProtocols(myDisplay, wnd->win, protocols, 2);
+  setCaption(wnd);
+  setHints(wnd);
+  if (myIM) {
+    wnd->ic = XCreateIC(myIM, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
+                        wnd->win, XNFocusWindow, wnd->win, nullptr);
+    long filter = 0;
+    if (wnd->ic && !XGetICValues(wnd->ic, XNFilterEvents, &filter, nullptr))
+      XSelectInput(myDisplay, wnd->win, kEventMask | filter);
+  }
+  return true;
+}
+
+void cXlibPlatform::unrealize(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (wnd->ic) XDestroyIC(wnd->ic);
+  if (wnd->winSurface) cairo_surface_destroy(wnd->winSurface);
+  if (wnd->win) XDestroyWindow(myDisplay, wnd->win);
+  XFlush(myDisplay);
+  wnd->ic = nullptr, wnd->winSurface = nullptr, wnd->win = 0;
+}
+
+void cXlibPlatform::map(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  XMapRaised(myDisplay, wnd->win);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::unmap(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (capture() == wnd) grabPointer(wnd, false);
+  XUnmapWindow(myDisplay, wnd->win);
+  wnd->mapped = false;
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::ensureSurface(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (wnd->surface && cairo_xlib_surface_get_width(wnd->surface) == wnd->w &&
+      cairo_xlib_surface_get_height(wnd->surface) == wnd->h)
+    return;
+  if (wnd->surface) cairo_surface_destroy(wnd->surface);
+  // A pixmap on the server like the window: painting stays there, and showing it is one copy.
+  wnd->surface = cairo_surface_create_similar(wnd->winSurface, CAIRO_CONTENT_COLOR, wnd->w, wnd->h);
+  wnd->painted = false;
+}
+
+void cXlibPlatform::present(sNSWnd* base, int x, int y, int w, int h) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  cairo_t* cr = cairo_create(wnd->winSurface);
+  cairo_set_source_surface(cr, wnd->surface, 0, 0);
+  cairo_rectangle(cr, x, y, w, h);
+  cairo_fill(cr);
+  cairo_destroy(cr);
+  cairo_surface_flush(wnd->winSurface);
+  wnd->painted = true;
+}
+
+bool cXlibPlatform::dispatchQueued() {
+  bool any = false;
+  while (!myDeferred.empty()) {
+    XEvent ev = myDeferred.front();
+    myDeferred.pop_front();
+    handle(ev);
+    any = true;
+  }
+  while (XPending(myDisplay)) {
+    XEvent ev;
+    XNextEvent(myDisplay, &ev);
+    any = true;
+    if (XFilterEvent(&ev, None)) continue;
+    handle(ev);
+  }
+  return any;
+}
+
+bool cXlibPlatform::waitEvents() {
+  XFlush(myDisplay);
+  if (XPending(myDisplay)) return true;
+  pollfd fds[2] = {{ConnectionNumber(myDisplay), POLLIN, 0}, {myWakeFd, POLLIN, 0}};
+  if (poll(fds, 2, -1) < 0) return true; // interrupted: look again
+  if (fds[1].revents & POLLIN) {
+    eventfd_t value = 0;
+    eventfd_read(myWakeFd, &value);
+  }
+  return true;
+}
+
+void cXlibPlatform::wakeUp() {
+  eventfd_write(myWakeFd, 1);
+}
+
+sNSModifiers cXlibPlatform::modifiers(unsigned state) const {
+  return {(state & ShiftMask) != 0, (state & ControlMask) != 0, (state & Mod1Mask) != 0,
+          (state & Mod4Mask) != 0};
+}
+
+void cXlibPlatform::handle(XEvent& ev) {
+  switch (ev.type) {
+  case SelectionRequest:
+    answerSelection(ev.xselectionrequest);
+    return;
+  case SelectionClear:
+    if (ev.xselectionclear.window == myClipWindow) myClipKind = -1, myClipData.clear();
+    return;
+  case PropertyNotify:
+    if (ev.xproperty.state == PropertyDelete) continueIncr(ev.xproperty);
+    myLastTime = ev.xproperty.time;
+    return;
+  default:
+    break;
+  }
+  sXWnd* wnd = find(ev.xany.window);
+  if (!wnd) return;
+  switch (ev.type) {
+  case Expose:
+    // The back buffer still holds the picture: show it again without a repaint.
+    if (wnd->painted && wnd->surface)
+      present(wnd, ev.xexpose.x, ev.xexpose.y, ev.xexpose.width, ev.xexpose.height);
+    else
+      wnd->markDirty(ev.xexpose.x, ev.xexpose.y, ev.xexpose.width, ev.xexpose.height);
+    break;
+  case MapNotify:
+    wnd->mapped = true;
+    if (wnd->wantFocus) activate(wnd);
+    if (wnd->wantGrab) grabPointer(wnd, true);
+    break;
+  case UnmapNotify:
+    wnd->mapped = false;
+    break;
+  case ConfigureNotify: {
+    Window child = 0;
+    XTranslateCoordinates(myDisplay, wnd->win, myRoot, 0, 0, &wnd->x, &wnd->y, &child);
+    if (ev.xconfigure.width != wnd->w || ev.xconfigure.height != wnd->h) {
+      cairo_xlib_surface_set_size(wnd->winSurface, ev.xconfigure.width, ev.xconfigure.height);
+      resized(wnd, ev.xconfigure.width, ev.xconfigure.height);
+    }
+    break;
+  }
+  case ClientMessage:
+    handleClientMessage(ev.xclient);
+    break;
+  case ButtonPress:
+  case ButtonRelease:
+    myLastTime = ev.xbutton.time;
+    handleButton(ev.xbutton, ev.type == ButtonPress);
+    break;
+  case MotionNotify: {
+    myLastTime = ev.xmotion.time;
+    XEvent next;
+    // Only the newest position of a run of moves matters.
+    while (XCheckTypedWindowEvent(myDisplay, ev.xmotion.window, MotionNotify, &next)) ev = next;
+    sNSWnd* to = capture() ? capture() : wnd;
+    sNSMouseMove e{ev.xmotion.x_root - to->x, ev.xmotion.y_root - to->y,
+                   (ev.xmotion.state & Button1Mask) != 0, (ev.xmotion.state & Button3Mask) != 0,
+                   modifiers(ev.xmotion.state)};
+    deliver(to, nseMouseMove, &e);
+    break;
+  }
+  case LeaveNotify:
+    if (ev.xcrossing.mode == NotifyNormal && !capture()) {
+      // Hover ends when the pointer leaves the window.
+      sNSMouseMove e{-1, -1, false, false, modifiers(ev.xcrossing.state)};
+      deliver(wnd, nseMouseMove, &e);
+    }
+    break;
+  case KeyPress:
+  case KeyRelease:
+    myLastTime = ev.xkey.time;
+    handleKey(ev.xkey, ev.type == KeyPress);
+    break;
+  case FocusIn:
+    if (ev.xfocus.detail == NotifyPointer || ev.xfocus.mode == NotifyGrab) break;
+    if (wnd->ic) XSetICFocus(wnd->ic);
+    myFocus = wnd;
+    wnd->send(nseFocus, nullptr);
+    break;
+  case FocusOut:
+    if (ev.xfocus.detail == NotifyPointer || ev.xfocus.mode == NotifyGrab) break;
+    if (wnd->ic) XUnsetICFocus(wnd->ic);
+    wnd->send(nseFocusLost, nullptr);
+    break;
+  default:
+    break;
+  }
+}
+
+void cXlibPlatform::handleClientMessage(XClientMessageEvent& ev) {
+  if (ev.message_type != atom("WM_PROTOCOLS") || ev.format != 32) return;
+  const Atom what = static_cast<Atom>(ev.data.l[0]);
+  if (what == atom("_NET_WM_PING")) {
+    XClientMessageEvent reply = ev;
+    reply.window = myRoot;
+    XSendEvent(myDisplay, myRoot, False, SubstructureNotifyMask | SubstructureRedirectMask,
+               reinterpret_cast<XEvent*>(&reply));
+    return;
+  }
+  if (what == atom("WM_DELETE_WINDOW")) {
+    myLastTime = static_cast<Time>(ev.data.l[1]);
+    deliver(find(ev.window), nseClose, nullptr);
+  }
+}
+
+void cXlibPlatform::handleButton(XButtonEvent& ev, bool down) {
+  sXWnd* wnd = find(ev.window);
+  sNSWnd* to = capture() ? capture() : wnd;
+  if (!to) return;
+  const int x = ev.x_root - to->x, y = ev.y_root - to->y;
+  const sNSModifiers mods = modifiers(ev.state);
+  if (ev.button >= 4 && ev.button <= 7) {
+    if (!down) return;
+    sNSWheel e{x, y, 0, 0, 0, mods};
+    if (ev.button <= 5)
+      e.dy = ev.button == 4 ? 1 : -1;
+    else
+      e.dx = ev.button == 6 ? 1 : -1;
+    deliver(to, nseWheel, &e);
+    return;
+  }
+  const int button = ev.button == 1 ? 1 : ev.button == 3 ? 2 : ev.button == 2 ? 3 : 0;
+  if (!button) return;
+  sNSMouseButton e{button, x, y, down, mods};
+  deliver(to, nseMouseButton, &e);
+}
+
+void cXlibPlatform::handleKey(XKeyEvent& ev, bool down) {
+  const int group = static_cast<int>(ev.state >> 13 & 3);
+  const auto code = static_cast<KeyCode>(ev.keycode);
+  const KeySym sym = XkbKeycodeToKeysym(myDisplay, code, group, 0);
+  std::vector<unsigned long> others;
+  for (int g = 0; g < 4; ++g) {
+    if (g != group) others.push_back(XkbKeycodeToKeysym(myDisplay, code, g, 0));
+  }
+  const int key = nsxToolkitKey(sym, others);
+  const sNSModifiers mods = modifiers(ev.state);
+  sNSWnd* to = keyTarget();
+  if (!to) return;
+  if (key) {
+    sNSKey e{key, down, mods};
+    deliver(to, nseKey, &e);
+  }
+  if (!down || mods.ctrl) return;
+  char text[64];
+  std::vector<char> big;
+  char* buffer = text;
+  KeySym typed = 0;
+  int len = 0;
+  auto* wnd = static_cast<sXWnd*>(find(ev.window));
+  if (wnd && wnd->ic) {
+    Status status = 0;
+    len = Xutf8LookupString(wnd->ic, &ev, text, sizeof text, &typed, &status);
+    if (status == XBufferOverflow) {
+      big.resize(static_cast<size_t>(len));
+      buffer = big.data();
+      len = Xutf8LookupString(wnd->ic, &ev, buffer, len, &typed, &status);
+    }
+    if (status != XLookupChars && status != XLookupBoth) len = 0;
+  } else {
+    len = XLookupString(&ev, text, sizeof text, &typed, nullptr);
+    // Latin-1 without an input method: widen to UTF-8.
+    std::string utf8;
+    for (int i = 0; i < len; ++i) {
+      const auto c = static_cast<unsigned char>(text[i]);
+      if (c < 0x80) {
+        utf8 += static_cast<char>(c);
+      } else {
+        utf8 += static_cast<char>(0xC0 | c >> 6);
+        utf8 += static_cast<char>(0x80 | (c & 0x3F));
+      }
+    }
+    big.assign(utf8.begin(), utf8.end());
+    buffer = big.data();
+    len = static_cast<int>(big.size());
+  }
+  std::vector<unsigned short> units;
+  nsxTextUnits(buffer, len, units);
+  for (const unsigned short unit : units) {
+    if (!alive(to)) return;
+    sNSChar e{unit, mods.shift, mods.alt};
+    deliver(to, nseChar, &e);
+  }
+}
+
+void cXlibPlatform::activate(sXWnd* wnd) {
+  wnd->wantFocus = false;
+  if (hasWindowManager()) {
+    XEvent ev{};
+    ev.xclient.type = ClientMessage;
+    ev.xclient.window = wnd->win;
+    ev.xclient.message_type = atom("_NET_ACTIVE_WINDOW");
+    ev.xclient.format = 32;
+    ev.xclient.data.l[0] = 1; // from an application
+    ev.xclient.data.l[1] = static_cast<long>(myLastTime);
+    XSendEvent(myDisplay, myRoot, False, SubstructureNotifyMask | SubstructureRedirectMask, &ev);
+  } else {
+    XRaiseWindow(myDisplay, wnd->win);
+  }
+  XSetInputFocus(myDisplay, wnd->win, RevertToParent, CurrentTime);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::focus(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (wnd->popup) return;
+  myFocus = wnd;
+  if (wnd->mapped)
+    activate(wnd);
+  else
+    wnd->wantFocus = true;
+}
+
+bool cXlibPlatform::desktopSize(int& w, int& h) {
+  w = DisplayWidth(myDisplay, myScreen), h = DisplayHeight(myDisplay, myScreen);
+  return w > 0 && h > 0;
+}
+
+bool cXlibPlatform::workArea(int& x, int& y, int& w, int& h) {
+  if (!desktopSize(w, h)) return false;
+  x = y = 0;
+  Atom type = 0;
+  int format = 0;
+  unsigned long count = 0, after = 0;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(myDisplay, myRoot, atom("_NET_WORKAREA"), 0, 4, False, XA_CARDINAL, &type,
+                         &format, &count, &after, &data) == Success &&
+      type == XA_CARDINAL && format == 32 && count == 4) {
+    const long* area = reinterpret_cast<long*>(data);
+    // Kept inside the screen: the work area spans every monitor.
+    const int ax = static_cast<int>(area[0]), ay = static_cast<int>(area[1]);
+    const int ax1 = std::min(w, ax + static_cast<int>(area[2]));
+    const int ay1 = std::min(h, ay + static_cast<int>(area[3]));
+    if (ax1 > ax && ay1 > ay) x = ax, y = ay, w = ax1 - ax, h = ay1 - ay;
+  }
+  if (data) XFree(data);
+  return true;
+}
+
+void cXlibPlatform::setCaption(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (wnd->popup) return;
+  const char* text = wnd->caption.c_str();
+  Xutf8SetWMProperties(myDisplay, wnd->win, text, text, nullptr, 0, nullptr, nullptr, nullptr);
+  XChangeProperty(myDisplay, wnd->win, atom("_NET_WM_NAME"), atom("UTF8_STRING"), 8,
+                  PropModeReplace, reinterpret_cast<const unsigned char*>(text),
+                  static_cast<int>(wnd->caption.size()));
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::moveResize(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  XMoveResizeWindow(myDisplay, wnd->win, wnd->x, wnd->y, static_cast<unsigned>(wnd->w),
+                    static_cast<unsigned>(wnd->h));
+  cairo_xlib_surface_set_size(wnd->winSurface, wnd->w, wnd->h);
+  if (!wnd->popup) setHints(wnd);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::sizeLimits(sNSWnd* wnd) {
+  if (!wnd->popup) setHints(static_cast<sXWnd*>(wnd));
+}
+
+void cXlibPlatform::minimize(sNSWnd* wnd) {
+  XIconifyWindow(myDisplay, static_cast<sXWnd*>(wnd)->win, myScreen);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::maximize(sNSWnd* base) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (!hasWindowManager()) {
+    int x = 0, y = 0, w = 0, h = 0;
+    if (!workArea(x, y, w, h)) return;
+    wnd->x = x, wnd->y = y;
+    resized(wnd, w, h);
+    moveResize(wnd);
+    return;
+  }
+  if (!wnd->mapped) {
+    setAtomProperty(wnd->win, "_NET_WM_STATE",
+                    {"_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ"});
+    return;
+  }
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = wnd->win;
+  ev.xclient.message_type = atom("_NET_WM_STATE");
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = 1; // add
+  ev.xclient.data.l[1] = static_cast<long>(atom("_NET_WM_STATE_MAXIMIZED_VERT"));
+  ev.xclient.data.l[2] = static_cast<long>(atom("_NET_WM_STATE_MAXIMIZED_HORZ"));
+  ev.xclient.data.l[3] = 1;
+  XSendEvent(myDisplay, myRoot, False, SubstructureNotifyMask | SubstructureRedirectMask, &ev);
+  XFlush(myDisplay);
+}
+
+bool cXlibPlatform::setPointer(sNSWnd* wnd, int type) {
+  static const unsigned shapes[] = {XC_left_ptr,
+                                    XC_xterm,
+                                    XC_crosshair,
+                                    XC_hand2,
+                                    XC_sb_h_double_arrow,
+                                    XC_sb_v_double_arrow,
+                                    XC_sb_h_double_arrow,
+                                    XC_sb_v_double_arrow,
+                                    XC_fleur,
+                                    XC_fleur};
+  auto found = myCursors.find(type);
+  if (found == myCursors.end())
+    found = myCursors.emplace(type, XCreateFontCursor(myDisplay, shapes[type])).first;
+  XDefineCursor(myDisplay, static_cast<sXWnd*>(wnd)->win, found->second);
+  XFlush(myDisplay);
+  return true;
+}
+
+void cXlibPlatform::grabPointer(sNSWnd* base, bool on) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (!on) {
+    wnd->wantGrab = false;
+    XUngrabPointer(myDisplay, CurrentTime);
+    XFlush(myDisplay);
+    return;
+  }
+  // A window that is not yet viewable cannot be grabbed: it grabs once it is mapped.
+  if (!wnd->mapped) {
+    wnd->wantGrab = true;
+    return;
+  }
+  wnd->wantGrab = false;
+  XGrabPointer(myDisplay, wnd->win, True, ButtonPressMask | ButtonReleaseMask | PointerMotionMask,
+               GrabModeAsync, GrabModeAsync, None, None, CurrentTime);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::modalBegin(sNSWnd* base, sNSWnd* ownerBase) {
+  auto* wnd = static_cast<sXWnd*>(base);
+  if (wnd->popup) return; // a modal popup stays where it was opened
+  setAtomProperty(wnd->win, "_NET_WM_WINDOW_TYPE", {"_NET_WM_WINDOW_TYPE_DIALOG"});
+  if (!ownerBase) return;
+  auto* owner = static_cast<sXWnd*>(ownerBase);
+  XSetTransientForHint(myDisplay, wnd->win, owner->win);
+  setAtomProperty(wnd->win, "_NET_WM_STATE", {"_NET_WM_STATE_MODAL"});
+  wnd->x = owner->x + (owner->w - wnd->w) / 2;
+  wnd->y = owner->y + (owner->h - wnd->h) / 2;
+  XMoveWindow(myDisplay, wnd->win, wnd->x, wnd->y);
+  setHints(wnd);
+}
+
+void cXlibPlatform::modalEnd(sNSWnd*, sNSWnd*) {
+  XFlush(myDisplay);
+}
+
+bool cXlibPlatform::blockSleep(const char*) {
+  int event = 0, error = 0, major = 0, minor = 0;
+  if (!XScreenSaverQueryExtension(myDisplay, &event, &error) ||
+      !XScreenSaverQueryVersion(myDisplay, &major, &minor) || (major == 1 && minor < 1))
+    return false;
+  XScreenSaverSuspend(myDisplay, True);
+  XFlush(myDisplay);
+  mySleepBlocked = true;
+  return true;
+}
+
+void cXlibPlatform::unblockSleep() {
+  if (!mySleepBlocked) return;
+  XScreenSaverSuspend(myDisplay, False);
+  XFlush(myDisplay);
+  mySleepBlocked = false;
+}

@@ -1,0 +1,115 @@
+// The X11 backend: windows over Xlib, drawn through a Cairo pixmap back buffer.
+#pragma once
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "nsplatform.h"
+
+struct sXWnd : sNSWnd {
+  Window win = 0;
+  XIC ic = nullptr;
+  cairo_surface_t* winSurface = nullptr;
+  bool mapped = false, painted = false;
+  bool wantFocus = false, wantGrab = false;
+};
+
+// The toolkit's code for a key, from the keysym at level 0 of its group and the other
+// groups' level-0 keysyms (for a Latin letter on a non-Latin layout); 0 for none.
+int nsxToolkitKey(unsigned long keysym, const std::vector<unsigned long>& otherGroups);
+// Appends UTF-8 text as UTF-16 units, leaving out control characters.
+void nsxTextUnits(const char* utf8, int len, std::vector<unsigned short>& units);
+
+class cXlibPlatform : public cNSPlatform {
+public:
+  explicit cXlibPlatform(Display* dpy);
+  ~cXlibPlatform() override;
+
+  bool offscreen() const override { return false; }
+  sNSWnd* makeWindow() override { return new sXWnd; }
+  bool realize(sNSWnd* wnd) override;
+  void unrealize(sNSWnd* wnd) override;
+  void map(sNSWnd* wnd) override;
+  void unmap(sNSWnd* wnd) override;
+  void ensureSurface(sNSWnd* wnd) override;
+  void present(sNSWnd* wnd, int x, int y, int w, int h) override;
+  bool dispatchQueued() override;
+  bool waitEvents() override;
+  void wakeUp() override;
+  bool desktopSize(int& w, int& h) override;
+  bool workArea(int& x, int& y, int& w, int& h) override;
+  void setCaption(sNSWnd* wnd) override;
+  void moveResize(sNSWnd* wnd) override;
+  void sizeLimits(sNSWnd* wnd) override;
+  void minimize(sNSWnd* wnd) override;
+  void maximize(sNSWnd* wnd) override;
+  bool setPointer(sNSWnd* wnd, int type) override;
+  void grabPointer(sNSWnd* wnd, bool on) override;
+  void focus(sNSWnd* wnd) override;
+  void modalBegin(sNSWnd* wnd, sNSWnd* owner) override;
+  void modalEnd(sNSWnd* wnd, sNSWnd* owner) override;
+  bool blockSleep(const char* reason) override;
+  void unblockSleep() override;
+  bool clipSet(eNSClipKind kind, const void* data, long long len) override;
+  bool clipGet(eNSClipKind kind, std::vector<unsigned char>& data) override;
+  bool clipHas(eNSClipKind kind) override;
+
+protected:
+  void stalled(sNSWnd*) override {}
+
+private:
+  // An outgoing clipboard transfer in pieces (INCR).
+  struct sIncrOut {
+    Window requestor = 0;
+    Atom property = 0, type = 0;
+    std::vector<unsigned char> data;
+    size_t offset = 0;
+    long started = 0; // monotonic milliseconds
+  };
+
+  Atom atom(const char* name);
+  sXWnd* find(Window win) const;
+  void handle(XEvent& ev);
+  void handleKey(XKeyEvent& ev, bool down);
+  void handleButton(XButtonEvent& ev, bool down);
+  void handleClientMessage(XClientMessageEvent& ev);
+  void setHints(sXWnd* wnd);
+  void setAtomProperty(Window win, const char* property, const std::vector<const char*>& values);
+  void activate(sXWnd* wnd);
+  bool hasWindowManager();
+  sNSModifiers modifiers(unsigned state) const;
+  // Clipboard.
+  Time serverTime();
+  void answerSelection(XSelectionRequestEvent& req);
+  void continueIncr(XPropertyEvent& ev);
+  bool convert(Atom target, std::vector<unsigned char>& out, Atom& type);
+  bool waitForSelection(XEvent& got);
+  bool readIncr(Atom property, std::vector<unsigned char>& out);
+  bool waitForProperty(Atom property);
+  // Events that came in while waiting for the clipboard, handled by the next pass.
+  void defer(const XEvent& ev) { myDeferred.push_back(ev); }
+
+  Display* myDisplay;
+  int myScreen;
+  Window myRoot;
+  Visual* myVisual;
+  int myDepth;
+  int myWakeFd = -1;
+  XIM myIM = nullptr;
+  Time myLastTime = CurrentTime;
+  std::map<int, Cursor> myCursors;
+  std::map<std::string, Atom> myAtoms;
+  std::deque<XEvent> myDeferred;
+  int myWM = -1; // -1 unknown, 0 none, 1 present
+  bool mySleepBlocked = false;
+  // Clipboard: the hidden window that owns it and what we offer.
+  Window myClipWindow = 0;
+  Time myClipTime = CurrentTime;
+  int myClipKind = -1;
+  std::vector<unsigned char> myClipData;
+  std::vector<sIncrOut> myIncr;
+};
