@@ -101,6 +101,7 @@ public:
   virtual bool setPointer(sNSWnd* wnd, int type) = 0;
   virtual void grabPointer(sNSWnd* wnd, bool on) = 0;
   virtual void focus(sNSWnd* wnd) = 0;
+  virtual unsigned long nativeId(sNSWnd*) { return 0; }
   virtual void modalBegin(sNSWnd* wnd, sNSWnd* owner) = 0;
   virtual void modalEnd(sNSWnd* wnd, sNSWnd* owner) = 0;
   virtual bool blockSleep(const char* reason) = 0;

@@ -181,6 +181,11 @@ bool nswnd_focus(NSWND wnd) {
   return p;
 }
 
+unsigned long nswnd_xid(NSWND wnd) {
+  cNSPlatform* p = owning(wnd);
+  return p ? p->nativeId(wnd) : 0;
+}
+
 bool nswnd_set_caption(NSWND wnd, const char* text) {
   cNSPlatform* p = owning(wnd);
   if (!p || !text) return false;

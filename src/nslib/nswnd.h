@@ -136,6 +136,8 @@ bool nswnd_invalidate_view(NSWND wnd, int x, int y, int w, int h);
 // x = y = -1 (centred), w and h 70 % of the screen's usable area; false without a screen.
 bool nswnd_main_optimal(int& x, int& y, int& w, int& h);
 bool nswnd_focus(NSWND wnd);
+// The X window's id (0 offscreen), for tools that drive windows from outside.
+unsigned long nswnd_xid(NSWND wnd);
 bool nswnd_set_caption(NSWND wnd, const char* text);
 
 // Keeps the display awake until nswg_unblock_sleep; one request per process.

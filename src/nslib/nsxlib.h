@@ -50,6 +50,7 @@ public:
   bool setPointer(sNSWnd* wnd, int type) override;
   void grabPointer(sNSWnd* wnd, bool on) override;
   void focus(sNSWnd* wnd) override;
+  unsigned long nativeId(sNSWnd* wnd) override { return static_cast<sXWnd*>(wnd)->win; }
   void modalBegin(sNSWnd* wnd, sNSWnd* owner) override;
   void modalEnd(sNSWnd* wnd, sNSWnd* owner) override;
   bool blockSleep(const char* reason) override;

@@ -1,0 +1,164 @@
+// Windows for element trees over the offscreen backend: the translator, the pending-action
+// queue and the window maker.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "ciplatform/nswmaker.h"
+#include "nslib/nsoffscreen.h"
+
+namespace {
+
+// A root that records what reaches it.
+class cProbeRoot : public cChildElement {
+public:
+  std::vector<int> keys;
+  std::vector<unsigned short> chars;
+  std::vector<std::thread::id> actionThreads;
+  int constructs = 0, paints = 0, endOn = -1;
+  bool allowClose = true;
+
+  bool processKey(int key, bool shift, bool ctrl, bool alt) override {
+    keys.push_back(key);
+    return cChildElement::processKey(key, shift, ctrl, alt);
+  }
+  bool processChar(unsigned short ch, bool shift, bool ctrl, bool alt) override {
+    chars.push_back(ch);
+    return cChildElement::processChar(ch, shift, ctrl, alt);
+  }
+  void onConstruct() override { ++constructs; }
+  void onPaint(cCanvas*) override { ++paints; }
+  bool onClose() override { return allowClose; }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    actionThreads.push_back(std::this_thread::get_id());
+    if (endOn >= 0) end_modal(endOn);
+    return cChildElement::onAction(source, action);
+  }
+};
+
+// A translator that records the areas it is asked to paint.
+class cPaintProbe : public cNSWTranslator {
+public:
+  std::vector<sRect> painted;
+  void onPaint(void* context, int x, int y, int w, int h) override {
+    painted.push_back({x, y, w, h});
+    cNSWTranslator::onPaint(context, x, y, w, h);
+  }
+};
+
+class Windows : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
+  void SetUp() override {
+    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+    ASSERT_NE(maker, nullptr);
+  }
+  void TearDown() override {
+    nsoff::setIdleHook(nullptr);
+    nsoff::runUntilIdle();
+  }
+  cNSWMaker& ns() { return static_cast<cNSWMaker&>(*maker); }
+  std::unique_ptr<cWindowMaker> maker;
+};
+
+TEST_F(Windows, AWindowIsBuiltBeforeItsFirstPaint) {
+  cProbeRoot root;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("main", 300, 200, &root, nullptr, true, -1, -1));
+  ASSERT_NE(holder, nullptr);
+  EXPECT_EQ(root.constructs, 1);
+  EXPECT_GE(root.paints, 1);
+  EXPECT_EQ(root.width(), 300);
+  sPoint at;
+  root.absPos(at);
+  EXPECT_EQ(at.x, (1280 - 300) / 2); // the root knows where its window is
+  nsoff::runUntilIdle();
+  EXPECT_EQ(root.constructs, 1);
+}
+
+TEST_F(Windows, TwoRepaintRequestsBeforeAPassBecomeOneFullRepaint) {
+  cProbeRoot root;
+  auto translator = std::make_unique<cPaintProbe>();
+  cPaintProbe* probe = translator.get();
+  translator->setRoot(&root);
+  root.setWinTarget(probe, 0, 0, 160, 90);
+  ASSERT_TRUE(translator->create_wnd("paint", 160, 90, false, -1, -1));
+  translator->show();
+  nsoff::runUntilIdle();
+  probe->painted.clear();
+
+  probe->requestRepaint(10, 10, 4, 4);
+  nsoff::runUntilIdle();
+  ASSERT_EQ(probe->painted.size(), 1u);
+  EXPECT_EQ(probe->painted[0], (sRect{10, 10, 4, 4}));
+
+  probe->painted.clear();
+  probe->requestRepaint(10, 10, 4, 4);
+  probe->requestRepaint(50, 50, 4, 4);
+  nsoff::runUntilIdle();
+  ASSERT_EQ(probe->painted.size(), 1u);
+  EXPECT_EQ(probe->painted[0], (sRect{0, 0, 160, 90}));
+  cNSWHolder holder(std::move(translator));
+}
+
+TEST_F(Windows, KeysArePressesAndCharactersArePrintable) {
+  cProbeRoot root;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("keys", 100, 100, &root, nullptr, true, 0, 0));
+  nsoff::key(65);
+  nsoff::type("a\x1f\x7f\xc3\xa9");
+  nsoff::runUntilIdle();
+  EXPECT_EQ(root.keys, (std::vector<int>{65})); // the release never arrives
+  EXPECT_EQ(root.chars, (std::vector<unsigned short>{'a', 0xE9}));
+}
+
+TEST_F(Windows, ActionsFromAnotherThreadArriveOnTheGuiThread) {
+  cProbeRoot root;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("jobs", 100, 100, &root, nullptr, true, 0, 0));
+  nsoff::runUntilIdle();
+  root.actionThreads.clear();
+  std::thread worker([&root] {
+    for (int i = 0; i < 3; ++i) root.notifyAction(new cChildAction(7));
+  });
+  worker.join();
+  ASSERT_TRUE(nsoff::runUntil([&] { return root.actionThreads.size() == 3; }));
+  for (const auto& id : root.actionThreads) EXPECT_EQ(id, std::this_thread::get_id());
+}
+
+TEST_F(Windows, AModalRunEndsWithTheResultOfAPostedAction) {
+  cProbeRoot owner;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("owner", 400, 300, &owner, nullptr, true, -1, -1));
+  cProbeRoot dialog;
+  dialog.endOn = 42;
+  nsoff::setIdleHook([&dialog] { return dialog.postAction(new cChildAction(9)); });
+  EXPECT_EQ(ns().modal("dialog", 120, 80, &dialog, owner.winTarget(), false), 42);
+  EXPECT_EQ(dialog.winTarget(), nullptr); // unbound once its window is gone
+  EXPECT_EQ(ns().modal("none", 10, 10, nullptr, owner.winTarget(), false), -1);
+}
+
+TEST_F(Windows, ARootThatRefusesKeepsItsWindowOpen) {
+  cProbeRoot root;
+  root.allowClose = false;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("stay", 100, 100, &root, nullptr, true, 0, 0));
+  NSWND wnd = static_cast<NSWND>(root.winTarget()->_rt_rawhandle());
+  nsoff::closeRequest(wnd);
+  nsoff::runUntilIdle();
+  EXPECT_TRUE(nsoff::windows().back().shown);
+  root.allowClose = true;
+  nsoff::closeRequest(wnd);
+  nsoff::runUntilIdle();
+  EXPECT_FALSE(nsoff::windows().back().shown);
+}
+
+TEST_F(Windows, SectionsComeFromTheToolkitsLanguage) {
+  cProbeRoot root;
+  std::unique_ptr<cWindowHolder> holder(ns().asyncwnd("lang", 50, 50, &root, nullptr, true, 0, 0));
+  const cCiomLangData* messages = root.winTarget()->_rt_getnamedlangsection("ciom::messages");
+  ASSERT_NE(messages, nullptr);
+  EXPECT_EQ(root.winTarget()->_rt_getnamedlangsection("no::such"), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,207 @@
+// The X11 backend against a real X server (./test.sh starts a private Xvfb): windows,
+// painting, closing, modal runs, the clipboard and typed keys.
+#include <gtest/gtest.h>
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "ciplatform/cairocanvas.h"
+#include "ciplatform/nswmaker.h"
+
+namespace {
+
+// Runs a shell command and returns its output.
+std::string run(const std::string& command) {
+  std::string out;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return out;
+  char buffer[256];
+  while (size_t n = fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
+  pclose(pipe);
+  return out;
+}
+
+// A root that fills itself with one colour and records keys, characters and actions.
+class cXRoot : public cChildElement {
+public:
+  unsigned colour = 0x0000FF; // red on screen
+  std::vector<int> keys;
+  std::vector<unsigned short> chars;
+  int endOn = -1;
+  std::function<void()> onIdle;
+
+  void onPaint(cCanvas* canvas) override {
+    const sRect all{0, 0, width(), height()};
+    canvas->drawRect(&all, colour, colour);
+  }
+  bool processKey(int key, bool shift, bool ctrl, bool alt) override {
+    keys.push_back(key);
+    return cChildElement::processKey(key, shift, ctrl, alt);
+  }
+  bool processChar(unsigned short ch, bool shift, bool ctrl, bool alt) override {
+    chars.push_back(ch);
+    if (ch == 'q') end_modal(1);
+    return cChildElement::processChar(ch, shift, ctrl, alt);
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (action->code == 9 && endOn >= 0) end_modal(endOn);
+    return cChildElement::onAction(source, action);
+  }
+};
+
+// Posts a code-9 action to root after a delay, unless stop is set first: a modal run's
+// way out, and a watchdog.
+std::thread later(cXRoot& root, int ms, const std::atomic<bool>& stop) {
+  return std::thread([&root, ms, &stop] {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (!stop && std::chrono::steady_clock::now() < end)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (!stop) root.postAction(new cChildAction(9));
+  });
+}
+
+class X11 : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() {
+    unsetenv("QVRACI_PLATFORM");
+    if (getenv("DISPLAY")) maker() = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+  }
+  static void TearDownTestSuite() { maker().reset(); }
+  void SetUp() override {
+    if (!maker()) GTEST_SKIP() << "no X display: ./test.sh runs these under Xvfb";
+    other = XOpenDisplay(nullptr);
+    ASSERT_NE(other, nullptr);
+  }
+  void TearDown() override {
+    if (other) XCloseDisplay(other);
+  }
+  static std::unique_ptr<cWindowMaker>& maker() {
+    static std::unique_ptr<cWindowMaker> m;
+    return m;
+  }
+  cNSWMaker& ns() { return static_cast<cNSWMaker&>(*maker()); }
+  static unsigned long xid(cChildElement& root) {
+    return nswnd_xid(static_cast<NSWND>(root.winTarget()->_rt_rawhandle()));
+  }
+  // The pixel at x, y of a window as the server holds it, as 0xRRGGBB.
+  unsigned long pixel(unsigned long win, int x, int y) {
+    XSync(other, False);
+    XImage* image = XGetImage(other, win, x, y, 1, 1, AllPlanes, ZPixmap);
+    if (!image) return 0xFFFFFFFF;
+    const unsigned long p = XGetPixel(image, 0, 0) & 0xFFFFFF;
+    XDestroyImage(image);
+    return p;
+  }
+  Display* other = nullptr;
+};
+
+TEST_F(X11, AWindowOpensPaintsAndClosesThroughDeleteWindow) {
+  cXRoot root;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("close me", 160, 120, &root, nullptr, true, 40, 40));
+  ASSERT_NE(holder, nullptr);
+  const unsigned long win = xid(root);
+  ASSERT_NE(win, 0u);
+  // The window must be mapped and painted before it can be asked to close; the close
+  // request comes from another client, as a window manager sends it.
+  std::thread closer([win] {
+    Display* dpy = XOpenDisplay(nullptr);
+    for (int i = 0; i < 100; ++i) {
+      XWindowAttributes a;
+      if (XGetWindowAttributes(dpy, win, &a) && a.map_state == IsViewable) break;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    XEvent ev{};
+    ev.xclient.type = ClientMessage;
+    ev.xclient.window = win;
+    ev.xclient.message_type = XInternAtom(dpy, "WM_PROTOCOLS", False);
+    ev.xclient.format = 32;
+    ev.xclient.data.l[0] = static_cast<long>(XInternAtom(dpy, "WM_DELETE_WINDOW", False));
+    ev.xclient.data.l[1] = CurrentTime;
+    XSendEvent(dpy, win, False, NoEventMask, &ev);
+    XCloseDisplay(dpy);
+  });
+  // The loop ends when no window is shown any more: the close did that.
+  ns().msgloop();
+  closer.join();
+  XWindowAttributes a;
+  ASSERT_TRUE(XGetWindowAttributes(other, win, &a));
+  EXPECT_NE(a.map_state, IsViewable);
+}
+
+TEST_F(X11, PaintingReachesTheScreen) {
+  cXRoot dialog;
+  dialog.colour = 0x00FF00; // green
+  dialog.endOn = 5;
+  unsigned long seen = 0;
+  const std::atomic<bool> never{false};
+  std::thread watcher = later(dialog, 700, never);
+  // A modal run that ends from a posted action; meanwhile the window is on screen.
+  std::thread looker([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    Display* dpy = XOpenDisplay(nullptr);
+    Window rootWin = DefaultRootWindow(dpy);
+    XImage* image = XGetImage(dpy, rootWin, 640, 512, 1, 1, AllPlanes, ZPixmap);
+    if (image) {
+      seen = XGetPixel(image, 0, 0) & 0xFFFFFF;
+      XDestroyImage(image);
+    }
+    XCloseDisplay(dpy);
+  });
+  EXPECT_EQ(ns().modal("modal", 200, 100, &dialog, nullptr, false), 5);
+  watcher.join();
+  looker.join();
+  EXPECT_EQ(seen, 0x00FF00u); // the centre of the screen shows the dialog's green
+}
+
+TEST_F(X11, TextGoesToAndComesFromTheClipboard) {
+  cXRoot root;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("clip", 100, 100, &root, nullptr, true, 0, 0));
+  const char text[] = "Zorbex \xc3\xbc\xe2\x82\xac";
+  ASSERT_TRUE(root.winTarget()->_rt_copy_text(text, sizeof text - 1));
+  // xclip asks while a modal run keeps our loop answering; the reader ends the run.
+  cXRoot dialog;
+  dialog.endOn = 0;
+  std::string read;
+  std::thread reader([&] {
+    read = run("xclip -o -selection clipboard 2>&1");
+    dialog.postAction(new cChildAction(9));
+  });
+  ns().modal("wait", 50, 50, &dialog, nullptr, false);
+  reader.join();
+  EXPECT_EQ(read, text);
+
+  ASSERT_EQ(std::system("printf 'from xclip' | xclip -selection clipboard -i"), 0);
+  _typebuf<unsigned char> got;
+  ASSERT_TRUE(root.winTarget()->_rt_request_copied_text(got));
+  EXPECT_EQ(std::string(got.begin(), got.end()), "from xclip");
+  EXPECT_TRUE(root.winTarget()->_rt_request_has_copied(true));
+  EXPECT_FALSE(root.winTarget()->_rt_request_has_copied(false));
+}
+
+TEST_F(X11, KeysTypedWithXdotoolArriveAsCodesAndCharacters) {
+  cXRoot dialog;
+  dialog.endOn = 0; // the watchdog's way out
+  std::thread typist([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    run("xdotool key a Return F9 Escape ctrl+b q");
+  });
+  std::atomic<bool> ended{false};
+  std::thread watchdog = later(dialog, 8000, ended);
+  EXPECT_EQ(ns().modal("keys", 200, 100, &dialog, nullptr, false), 1);
+  ended = true;
+  typist.join();
+  watchdog.join();
+  EXPECT_EQ(dialog.keys, (std::vector<int>{'A', 397, 283, 'B', 'Q'}));
+  // No character for Enter, Escape or the ctrl combination.
+  EXPECT_EQ(dialog.chars, (std::vector<unsigned short>{'a', 'q'}));
+}
+
+} // namespace
