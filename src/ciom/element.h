@@ -140,6 +140,7 @@ public:
   virtual void setArrowTabStop(bool on);
   virtual void focus();
   virtual void setTransparent(bool on);
+  bool transparent() const { return myTransparent; }
   virtual cFontObject* createFont(int kind, int size, const char* face, bool bold, bool underline,
                                   bool italic);
   virtual ~cChildElement();

@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "ciom/customform.h"
 #include "ciplatform/nswmaker.h"
 #include "nslib/nsoffscreen.h"
 
@@ -159,6 +160,82 @@ TEST_F(Windows, SectionsComeFromTheToolkitsLanguage) {
   const cCiomLangData* messages = root.winTarget()->_rt_getnamedlangsection("ciom::messages");
   ASSERT_NE(messages, nullptr);
   EXPECT_EQ(root.winTarget()->_rt_getnamedlangsection("no::such"), nullptr);
+}
+
+} // namespace
+
+namespace {
+
+class cProbeForm : public cCustomForm {
+public:
+  int afterConstruct = 0, accepted = 0, cancelled = 0;
+  bool onAfterConstruct() override {
+    ++afterConstruct;
+    return true;
+  }
+  bool onFormAccept() override {
+    ++accepted;
+    return true;
+  }
+  bool onFormCancel() override {
+    ++cancelled;
+    return true;
+  }
+};
+
+TEST_F(Windows, AFormLaysOutItsPanelAndRunsItsHookOnce) {
+  cProbeForm form;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("form", 300, 200, &form, nullptr, true, -1, -1));
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.afterConstruct, 1);
+  EXPECT_EQ(form.topMargin(), 30);
+  EXPECT_EQ(form.bottomMargin(), 40);
+  cPanelChild* panel = form.clientArea();
+  EXPECT_EQ(panel->width(), 290);
+  EXPECT_EQ(panel->height(), 130);
+  // Re-laid when the window changes size.
+  NSWND wnd = static_cast<NSWND>(form.winTarget()->_rt_rawhandle());
+  nswnd_move(wnd, 0, 0, 400, 300);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(panel->width(), 390);
+  EXPECT_EQ(panel->height(), 230);
+  EXPECT_EQ(form.afterConstruct, 1);
+}
+
+TEST_F(Windows, EnterAndEscapeWithoutModifiersAcceptAndCancel) {
+  cProbeForm form;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("keys", 200, 150, &form, nullptr, true, 0, 0));
+  nsoff::key(397, {false, true, false, false}); // ctrl+Enter
+  nsoff::key(397, {true, false, false, false}); // shift+Enter
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.accepted, 0);
+  nsoff::key(397);
+  nsoff::key(283);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.accepted, 1);
+  EXPECT_EQ(form.cancelled, 1);
+}
+
+TEST_F(Windows, TheFormsSkinShowsItsBands) {
+  cProbeForm form;
+  std::unique_ptr<cWindowHolder> holder(
+      ns().asyncwnd("skin", 200, 150, &form, nullptr, true, 0, 0));
+  nsoff::runUntilIdle();
+  NSWND wnd = static_cast<NSWND>(form.winTarget()->_rt_rawhandle());
+  cairo_surface_t* s = nsoff::surface(wnd);
+  ASSERT_NE(s, nullptr);
+  cairo_surface_flush(s);
+  const auto at = [s](int x, int y) {
+    const unsigned char* row =
+        cairo_image_surface_get_data(s) + y * cairo_image_surface_get_stride(s);
+    return reinterpret_cast<const unsigned*>(row)[x] & 0xFFFFFF;
+  };
+  EXPECT_EQ(at(100, 0), 0xF7F9FDu);   // the header band's light top
+  EXPECT_EQ(at(100, 29), 0xC9D2E8u);  // its line
+  EXPECT_EQ(at(100, 80), 0xDFE5F3u);  // the panel in theme colour 0
+  EXPECT_EQ(at(100, 110), 0xB9C4E2u); // the footer's line
 }
 
 } // namespace

@@ -1,0 +1,94 @@
+#include "customform.h"
+
+#include "canvas.h"
+#include "ciom/themeimages.h"
+#include "theme.h"
+
+namespace {
+
+constexpr int kEnter = 397, kEscape = 283;
+constexpr int kTopMarginDim = 0, kSideInsetDim = 1, kBottomMarginDim = 2, kFormColour = 0;
+
+} // namespace
+
+void cCustomForm::onConstruct() {
+  const cCITheme& theme = cCITheme::theme();
+  myTopMargin = theme.getDimension(kTopMarginDim, 0);
+  myBottomMargin = theme.getDimension(kBottomMarginDim, 0);
+  setDefaultBackgroundColor(theme.getColor(kFormColour));
+  myPanel.setDefaultBackgroundColor(theme.getColor(kFormColour));
+  placePanel();
+  notifyAction(new cChildAction(kAfterConstructCode));
+}
+
+void cCustomForm::placePanel() {
+  const int inset = cCITheme::theme().getDimension(kSideInsetDim, 0);
+  // Inset from both sides, between the margins; the anchor keeps it so on every resize.
+  anchor(&myPanel, inset, myTopMargin, ~(2 * inset), ~(myTopMargin + myBottomMargin));
+}
+
+void cCustomForm::setTopMargin(int margin) {
+  myTopMargin = margin;
+  placePanel();
+}
+
+void cCustomForm::setBottomMargin(int margin) {
+  myBottomMargin = margin;
+  placePanel();
+}
+
+void cCustomForm::setCustomDraw(unsigned colour, bool on) {
+  myCustomColour = colour;
+  myCustomDraw = on;
+  repaint();
+}
+
+bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {
+  if (!shift && !ctrl && !alt) {
+    if (key == kEnter && onFormAccept()) return true;
+    if (key == kEscape && onFormCancel()) return true;
+  }
+  return cChildElement::processKey(key, shift, ctrl, alt);
+}
+
+bool cCustomForm::onAction(cChildElement* source, cChildAction* action) {
+  if (source == this && action && action->code == kAfterConstructCode && onAfterConstruct())
+    return true;
+  return cChildElement::onAction(source, action);
+}
+
+void cCustomForm::drawSkin(cCanvas* canvas, int w, int h) {
+  paintSkin(canvas, 0, 0, w, h);
+}
+
+void cCustomForm::paintSkin(cCanvas* canvas, int dx, int dy, int w, int h) {
+  const cCITheme& theme = cCITheme::theme();
+  const sRect all{dx, dy, w, h};
+  if (myCustomDraw) {
+    canvas->drawRect(&all, myCustomColour, myCustomColour);
+    return;
+  }
+  const unsigned ground = theme.getColor(kFormColour);
+  canvas->drawRect(&all, ground, ground);
+  if (const cPicture* header = theme.getPict(tiFormHeader); header && myTopMargin > 0)
+    canvas->drawBitmapResized(header, dx, dy, w, myTopMargin, cPicture::rmScaling);
+  if (const cPicture* footer = theme.getPict(tiFormFooter); footer && myBottomMargin > 0)
+    canvas->drawBitmapResized(footer, dx, dy + h - myBottomMargin, w, myBottomMargin,
+                              cPicture::rmScaling);
+}
+
+void cCustomForm::onPaint(cCanvas* canvas) {
+  if (canvas) drawSkin(canvas, width(), height());
+}
+
+bool cCustomForm::onBackgroundRequest(cCanvas* canvas, sRect* rect) {
+  if (!canvas || !rect) return false;
+  // The canvas origin stands at the rectangle's top left: shift the skin to match.
+  paintSkin(canvas, -rect->x, -rect->y, width(), height());
+  return true;
+}
+
+void cCustomForm::onSizeChanged() {
+  // The anchor has placed the panel already; the skin spans the whole form.
+  repaint();
+}

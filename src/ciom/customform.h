@@ -1,0 +1,43 @@
+// A form: the root element of a dialog or main window. A themed frame (a header band and
+// a footer band for the buttons) around a content panel, Enter and Escape as accept and
+// cancel, and a hook that runs once the window is up.
+#pragma once
+
+#include "panel.h"
+
+class cCustomForm : public cChildElement {
+public:
+  // The form sends itself this action once it is built; onAfterConstruct answers it.
+  static constexpr int kAfterConstructCode = 6;
+
+  virtual void drawSkin(cCanvas* canvas, int w, int h);
+  // Runs once, from the message loop, after the window exists; true consumes the action.
+  virtual bool onAfterConstruct() { return false; }
+  // Escape and Enter without modifiers; true consumes the key.
+  virtual bool onFormCancel() { return false; }
+  virtual bool onFormAccept() { return false; }
+
+  void setTopMargin(int margin);
+  void setBottomMargin(int margin);
+  int topMargin() const { return myTopMargin; }
+  int bottomMargin() const { return myBottomMargin; }
+  // With on set, drawSkin fills the form with colour instead of drawing the theme's frame.
+  void setCustomDraw(unsigned colour, bool on);
+  cPanelChild* clientArea() { return &myPanel; }
+
+  bool processKey(int key, bool shift, bool ctrl, bool alt) override;
+  void onConstruct() override;
+  void onPaint(cCanvas* canvas) override;
+  bool onBackgroundRequest(cCanvas* canvas, sRect* rect) override;
+  void onSizeChanged() override;
+  bool onAction(cChildElement* source, cChildAction* action) override;
+
+private:
+  void placePanel();
+  void paintSkin(cCanvas* canvas, int dx, int dy, int w, int h);
+
+  int myTopMargin = 0, myBottomMargin = 0;
+  unsigned myCustomColour = 0;
+  bool myCustomDraw = false;
+  cPanelChild myPanel;
+};
