@@ -279,22 +279,11 @@ void key(int code, sNSModifiers mods) {
 }
 
 void type(const char* utf8) {
-  // UTF-8 to UTF-16 units; a malformed byte stands for itself.
+  // As an input method would hand them over, control characters included: the layers
+  // above must drop those themselves.
   std::vector<unsigned short> units;
-  const auto* s = reinterpret_cast<const unsigned char*>(utf8 ? utf8 : "");
-  while (*s) {
-    unsigned c = *s++;
-    int more = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
-    if (more) c &= 0x3F >> more;
-    for (; more && (*s & 0xC0) == 0x80; --more) c = c << 6 | (*s++ & 0x3F);
-    if (c >= 0x10000) {
-      c -= 0x10000;
-      units.push_back(static_cast<unsigned short>(0xD800 | c >> 10));
-      units.push_back(static_cast<unsigned short>(0xDC00 | (c & 0x3FF)));
-    } else {
-      units.push_back(static_cast<unsigned short>(c));
-    }
-  }
+  const std::string text = utf8 ? utf8 : "";
+  nsTextUnits(text.data(), static_cast<long long>(text.size()), false, units);
   for (const unsigned short unit : units) {
     off().events.push_back([unit] {
       cOffscreenPlatform& p = off();

@@ -256,3 +256,24 @@ long cNSPlatform::deliver(sNSWnd* wnd, int code, void* data) {
   }
   return answer;
 }
+
+void nsTextUnits(const char* utf8, long long len, bool typed, std::vector<unsigned short>& units) {
+  const auto* s = reinterpret_cast<const unsigned char*>(utf8);
+  const unsigned char* end = s + std::max(0LL, len);
+  while (s < end) {
+    unsigned c = *s++;
+    if (c >= 0x80 && c < 0xC0) continue; // a stray continuation byte
+    int more = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
+    if (more) c &= 0x3F >> more;
+    for (; more && s < end && (*s & 0xC0) == 0x80; --more) c = c << 6 | (*s++ & 0x3F);
+    if (more || c > 0x10FFFF) continue; // cut short or out of range
+    if (typed && (c < 0x20 || (c >= 0x7F && c <= 0x9F))) continue;
+    if (c >= 0x10000) {
+      c -= 0x10000;
+      units.push_back(static_cast<unsigned short>(0xD800 | c >> 10));
+      units.push_back(static_cast<unsigned short>(0xDC00 | (c & 0x3FF)));
+    } else {
+      units.push_back(static_cast<unsigned short>(c));
+    }
+  }
+}

@@ -127,6 +127,10 @@ private:
   sNSWnd* myCapture = nullptr;
 };
 
+// Appends UTF-8 text as UTF-16 units (surrogate pairs above the BMP); malformed bytes are
+// skipped. Typed text leaves out control characters (below 0x20 and 0x7F to 0x9F).
+void nsTextUnits(const char* utf8, long long len, bool typed, std::vector<unsigned short>& units);
+
 std::unique_ptr<cNSPlatform> makeOffscreenPlatform();
 // Null, with the reason in error, when the display cannot be opened.
 std::unique_ptr<cNSPlatform> makeXlibPlatform(std::string& error);

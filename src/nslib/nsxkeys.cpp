@@ -31,24 +31,3 @@ int nsxToolkitKey(unsigned long sym, const std::vector<unsigned long>& otherGrou
   }
   return 0;
 }
-
-void nsxTextUnits(const char* utf8, int len, std::vector<unsigned short>& units) {
-  const auto* s = reinterpret_cast<const unsigned char*>(utf8);
-  const unsigned char* end = s + len;
-  while (s < end) {
-    unsigned c = *s++;
-    int more = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
-    if (c >= 0x80 && c < 0xC0) continue; // a stray continuation byte
-    if (more) c &= 0x3F >> more;
-    for (; more && s < end && (*s & 0xC0) == 0x80; --more) c = c << 6 | (*s++ & 0x3F);
-    if (more) continue; // cut short
-    if (c < 0x20 || (c >= 0x7F && c <= 0x9F) || c > 0x10FFFF) continue;
-    if (c >= 0x10000) {
-      c -= 0x10000;
-      units.push_back(static_cast<unsigned short>(0xD800 | c >> 10));
-      units.push_back(static_cast<unsigned short>(0xDC00 | (c & 0x3FF)));
-    } else {
-      units.push_back(static_cast<unsigned short>(c));
-    }
-  }
-}

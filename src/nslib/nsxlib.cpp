@@ -434,7 +434,7 @@ void cXlibPlatform::handleKey(XKeyEvent& ev, bool down) {
     len = static_cast<int>(big.size());
   }
   std::vector<unsigned short> units;
-  nsxTextUnits(buffer, len, units);
+  nsTextUnits(buffer, len, true, units);
   for (const unsigned short unit : units) {
     if (!alive(to)) return;
     sNSChar e{unit, mods.shift, mods.alt};

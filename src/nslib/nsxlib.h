@@ -21,8 +21,6 @@ struct sXWnd : sNSWnd {
 // The toolkit's code for a key, from the keysym at level 0 of its group and the other
 // groups' level-0 keysyms (for a Latin letter on a non-Latin layout); 0 for none.
 int nsxToolkitKey(unsigned long keysym, const std::vector<unsigned long>& otherGroups);
-// Appends UTF-8 text as UTF-16 units, leaving out control characters.
-void nsxTextUnits(const char* utf8, int len, std::vector<unsigned short>& units);
 
 class cXlibPlatform : public cNSPlatform {
 public:

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "nslib/nsoffscreen.h"
+#include "nslib/nsplatform.h"
 #include "nslib/nsxlib.h"
 
 namespace {
@@ -246,9 +247,12 @@ TEST(XKeys, KeysymsBecomeToolkitCodes) {
 
 TEST(XKeys, TextBecomesUtf16WithoutControls) {
   std::vector<unsigned short> units;
-  const char text[] = "a\r\x7f\xc2\x85\xc3\xa9\xf0\x9f\x98\x80\xe2\x82";
-  nsxTextUnits(text, sizeof text - 1, units);
+  const char text[] = "a\r\x7f\xc2\x85\xc3\xa9\xf0\x9f\x98\x80\x80\xe2\x82";
+  nsTextUnits(text, sizeof text - 1, true, units);
   EXPECT_EQ(units, (std::vector<unsigned short>{'a', 0xE9, 0xD83D, 0xDE00}));
+  units.clear();
+  nsTextUnits(text, sizeof text - 1, false, units); // controls kept, broken bytes not
+  EXPECT_EQ(units, (std::vector<unsigned short>{'a', '\r', 0x7F, 0x85, 0xE9, 0xD83D, 0xDE00}));
 }
 
 } // namespace
