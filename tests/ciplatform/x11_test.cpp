@@ -178,7 +178,12 @@ TEST_F(X11, TextGoesToAndComesFromTheClipboard) {
   reader.join();
   EXPECT_EQ(read, text);
 
+  // xclip hands the text to a child of its own, which takes the selection a moment later.
+  const Atom clipboard = XInternAtom(other, "CLIPBOARD", False);
+  const Window ours = XGetSelectionOwner(other, clipboard);
   ASSERT_EQ(std::system("printf 'from xclip' | xclip -selection clipboard -i"), 0);
+  for (int i = 0; i < 150 && XGetSelectionOwner(other, clipboard) == ours; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
   _typebuf<unsigned char> got;
   ASSERT_TRUE(root.winTarget()->_rt_request_copied_text(got));
   EXPECT_EQ(std::string(got.begin(), got.end()), "from xclip");
