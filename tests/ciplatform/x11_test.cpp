@@ -181,7 +181,8 @@ TEST_F(X11, TextGoesToAndComesFromTheClipboard) {
   // xclip hands the text to a child of its own, which takes the selection a moment later.
   const Atom clipboard = XInternAtom(other, "CLIPBOARD", False);
   const Window ours = XGetSelectionOwner(other, clipboard);
-  ASSERT_EQ(std::system("printf 'from xclip' | xclip -selection clipboard -i"), 0);
+  // Its output goes nowhere: the child would otherwise hold the test's output open.
+  ASSERT_EQ(std::system("printf 'from xclip' | xclip -selection clipboard -i >/dev/null 2>&1"), 0);
   for (int i = 0; i < 150 && XGetSelectionOwner(other, clipboard) == ours; ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   _typebuf<unsigned char> got;
@@ -189,6 +190,8 @@ TEST_F(X11, TextGoesToAndComesFromTheClipboard) {
   EXPECT_EQ(std::string(got.begin(), got.end()), "from xclip");
   EXPECT_TRUE(root.winTarget()->_rt_request_has_copied(true));
   EXPECT_FALSE(root.winTarget()->_rt_request_has_copied(false));
+  // Taking the selection back ends xclip's child.
+  EXPECT_TRUE(root.winTarget()->_rt_copy_text("x", 1));
 }
 
 TEST_F(X11, KeysTypedWithXdotoolArriveAsCodesAndCharacters) {
