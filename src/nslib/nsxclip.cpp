@@ -25,12 +25,23 @@ long nowMs() {
 } // namespace
 
 Time cXlibPlatform::serverTime() {
-  if (myLastTime != CurrentTime) return myLastTime;
-  // A zero-length append makes the server report its time in a PropertyNotify.
-  XChangeProperty(myDisplay, myClipWindow, atom(kProperty), XA_STRING, 8, PropModeAppend, nullptr,
-                  0);
+  // A zero-length append makes the server report its time in a PropertyNotify. The
+  // property is used for nothing else, so the event found is this call's.
+  const Atom stamp = atom("QVRACI_TIMESTAMP");
+  XChangeProperty(myDisplay, myClipWindow, stamp, XA_STRING, 8, PropModeAppend, nullptr, 0);
+  struct sMatch {
+    Window win;
+    Atom atom;
+  } match{myClipWindow, stamp};
   XEvent ev;
-  XWindowEvent(myDisplay, myClipWindow, PropertyChangeMask, &ev);
+  XIfEvent(
+      myDisplay, &ev,
+      [](Display*, XEvent* e, XPointer arg) -> Bool {
+        const auto* m = reinterpret_cast<sMatch*>(arg);
+        return e->type == PropertyNotify && e->xproperty.window == m->win &&
+               e->xproperty.atom == m->atom;
+      },
+      reinterpret_cast<XPointer>(&match));
   myLastTime = ev.xproperty.time;
   return myLastTime;
 }
@@ -39,6 +50,7 @@ bool cXlibPlatform::clipSet(eNSClipKind kind, const void* data, long long len) {
   const auto* bytes = static_cast<const unsigned char*>(data);
   myClipData.assign(bytes, bytes + len);
   myClipKind = kind;
+  // A fresh time: an older one loses to the current owner's, and the server ignores it.
   myClipTime = serverTime();
   XSetSelectionOwner(myDisplay, atom("CLIPBOARD"), myClipWindow, myClipTime);
   const bool owned = XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == myClipWindow;
