@@ -156,21 +156,24 @@ bool waitFor(Display* dpy, const std::function<bool(const XEvent&)>& wanted,
 
 } // namespace
 
+void cXlibPlatform::whileWaiting(XEvent& ev) {
+  if (XFilterEvent(&ev, None)) return;
+  // Other clients' requests are served at once; our own window's property changes belong
+  // to transfers already dealt with; everything else waits for the next pass.
+  if (ev.type == SelectionRequest || ev.type == SelectionClear ||
+      (ev.type == PropertyNotify && ev.xproperty.window != myClipWindow))
+    handle(ev);
+  else if (ev.type != PropertyNotify)
+    defer(ev);
+}
+
 bool cXlibPlatform::waitForSelection(XEvent& got) {
   return waitFor(
       myDisplay,
       [this](const XEvent& ev) {
         return ev.type == SelectionNotify && ev.xselection.requestor == myClipWindow;
       },
-      [this](XEvent& ev) {
-        if (XFilterEvent(&ev, None)) return;
-        if (ev.type == SelectionRequest || ev.type == SelectionClear ||
-            (ev.type == PropertyNotify && ev.xproperty.window != myClipWindow))
-          handle(ev);
-        else
-          defer(ev);
-      },
-      got);
+      [this](XEvent& ev) { whileWaiting(ev); }, got);
 }
 
 bool cXlibPlatform::waitForProperty(Atom property) {
@@ -181,15 +184,7 @@ bool cXlibPlatform::waitForProperty(Atom property) {
         return ev.type == PropertyNotify && ev.xproperty.window == myClipWindow &&
                ev.xproperty.atom == property && ev.xproperty.state == PropertyNewValue;
       },
-      [this](XEvent& ev) {
-        if (XFilterEvent(&ev, None)) return;
-        if (ev.type == SelectionRequest || ev.type == SelectionClear ||
-            (ev.type == PropertyNotify && ev.xproperty.window != myClipWindow))
-          handle(ev);
-        else if (ev.type != PropertyNotify)
-          defer(ev);
-      },
-      got);
+      [this](XEvent& ev) { whileWaiting(ev); }, got);
 }
 
 namespace {

@@ -89,6 +89,8 @@ private:
   bool waitForSelection(XEvent& got);
   bool readIncr(Atom property, std::vector<unsigned char>& out);
   bool waitForProperty(Atom property);
+  // An event that arrived while waiting for another client's clipboard data.
+  void whileWaiting(XEvent& ev);
   // Events that came in while waiting for the clipboard, handled by the next pass.
   void defer(const XEvent& ev) { myDeferred.push_back(ev); }
 
