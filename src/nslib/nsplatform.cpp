@@ -136,7 +136,8 @@ int cNSPlatform::modal(sNSWnd* wnd, sNSWnd* owner) {
   wnd->modalResult = kNSModalRunning;
   wnd->inModal = true;
   wnd->owner = owner;
-  setCapture(nullptr);
+  // Another window's capture ends; a popup may already hold the pointer itself.
+  if (myCapture != wnd) setCapture(nullptr);
   modalBegin(wnd, owner);
   myModals.push_back(wnd);
   // Leaves the modal state behind whichever way the loop ends (a stalled offscreen loop

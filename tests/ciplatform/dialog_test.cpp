@@ -1,0 +1,343 @@
+// Message boxes and popup lists, run modally over the offscreen backend and answered by
+// input that a script queues whenever the run has nothing left to do.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "ciom/messageform.h"
+#include "ciom/popup.h"
+#include "ciom/theme.h"
+#include "ciplatform/nswmaker.h"
+#include "nslib/nsoffscreen.h"
+
+namespace {
+
+constexpr int kEnter = 397, kEscape = 283, kTab = 265, kDown = 340, kUp = 338;
+
+// Hands one step to the loop each time a modal run goes idle; the run ends (or the
+// backend's stall check throws) once the steps are used up.
+class cScript {
+public:
+  explicit cScript(std::vector<std::function<void()>> steps) : mySteps(std::move(steps)) {
+    nsoff::setIdleHook([this] {
+      if (myNext >= mySteps.size()) return false;
+      mySteps[myNext++]();
+      return true;
+    });
+  }
+  ~cScript() { nsoff::setIdleHook(nullptr); }
+  size_t done() const { return myNext; }
+
+private:
+  std::vector<std::function<void()>> mySteps;
+  size_t myNext = 0;
+};
+
+// A form that counts its accept and cancel keys.
+class cOwnerForm : public cCustomForm {
+public:
+  int accepted = 0, cancelled = 0;
+  bool onFormAccept() override { return ++accepted; }
+  bool onFormCancel() override { return ++cancelled; }
+};
+
+void clickOn(cChildElement* e) {
+  sPoint at;
+  e->absPos(at);
+  nsoff::click(at.x + e->width() / 2, at.y + e->height() / 2);
+}
+
+class Dialogs : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
+  void SetUp() override {
+    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+    ASSERT_NE(maker, nullptr);
+    owner = std::make_unique<cOwnerForm>();
+    holder.reset(static_cast<cNSWMaker&>(*maker).asyncwnd("owner", 600, 400, owner.get(), nullptr,
+                                                          true, -1, -1));
+    ASSERT_NE(holder, nullptr);
+    nsoff::runUntilIdle();
+  }
+  void TearDown() override {
+    nsoff::setIdleHook(nullptr);
+    holder.reset();
+    owner.reset();
+    nsoff::runUntilIdle();
+  }
+  std::unique_ptr<cWindowMaker> maker;
+  std::unique_ptr<cOwnerForm> owner;
+  std::unique_ptr<cWindowHolder> holder;
+};
+
+// --- message boxes ----------------------------------------------------------------------
+
+TEST(MessageSize, FollowsTheLineRule) {
+  EXPECT_EQ(cMessageForm::clientSize(50, 13, 1).height, 134); // trunc(19.5) + 115
+  EXPECT_EQ(cMessageForm::clientSize(50, 13, 1).width, 80);
+  EXPECT_EQ(cMessageForm::clientSize(50, 13, 3).height, 173); // trunc(58.5) + 115
+  EXPECT_EQ(cMessageForm::clientSize(0, 13, 0).height, 105);
+  EXPECT_EQ(cMessageForm::clientSize(0, 0, 0).width, 30);
+}
+
+TEST_F(Dialogs, NothingIsShownWithoutParentOrText) {
+  cScript none({});
+  EXPECT_FALSE(cMessageForm::doDialog(nullptr, "text", "c", 3, 0, 0));
+  EXPECT_FALSE(cMessageForm::doDialog(owner.get(), nullptr, "c", 3, 0, 0));
+  EXPECT_EQ(nsoff::windows().size(), 1u);
+}
+
+TEST_F(Dialogs, ConfirmBoxesAnswerEnterEscapeAndClose) {
+  std::string caption;
+  {
+    cScript s({[&] { caption = nsoff::topWindow().caption; }, [] { nsoff::key(kEnter); }});
+    EXPECT_TRUE(cMessageForm::confirmbox(owner.get(), "Delete it?", nullptr));
+  }
+  EXPECT_EQ(caption, "Confirm"); // string 6 of the messages section
+  {
+    cScript s({[] { nsoff::key(kEscape); }});
+    EXPECT_FALSE(cMessageForm::warnconfirmbox(owner.get(), "Really?", nullptr));
+  }
+  {
+    cScript s({[] { nsoff::closeRequest(nsoff::topWindow().handle); }});
+    EXPECT_FALSE(cMessageForm::confirmbox(owner.get(), "Closed?", "Own caption"));
+  }
+  {
+    // Ctrl+Enter is not an answer; the Escape after it is.
+    cScript s({[] {
+                 nsoff::key(kEnter, {false, true, false, false});
+               },
+               [] { nsoff::key(kEscape); }});
+    EXPECT_FALSE(cMessageForm::confirmbox(owner.get(), "Ctrl?", nullptr));
+    EXPECT_EQ(s.done(), 2u);
+  }
+  // The keys went to the box, never to the form below it.
+  EXPECT_EQ(owner->accepted, 0);
+  EXPECT_EQ(owner->cancelled, 0);
+}
+
+TEST_F(Dialogs, EachBoxHasItsCaption) {
+  const std::pair<void (*)(cChildElement*, const char*, const char*), const char*> boxes[] = {
+      {&cMessageForm::infobox, "Information"},
+      {&cMessageForm::warningbox, "Warning"},
+      {&cMessageForm::errorbox, "Error"}};
+  for (const auto& [box, expected] : boxes) {
+    std::string caption;
+    bool modal = false;
+    cScript s({[&] {
+                 caption = nsoff::topWindow().caption;
+                 modal = nsoff::topWindow().modal;
+               },
+               [] { nsoff::key(kEnter); }});
+    box(owner.get(), "Line one\nLine two", nullptr);
+    EXPECT_EQ(caption, expected);
+    EXPECT_TRUE(modal);
+    EXPECT_EQ(s.done(), 2u);
+  }
+}
+
+TEST_F(Dialogs, ClickingYesOrNoAnswers) {
+  for (const int id : {cMessageForm::kAccept, cMessageForm::kCancel}) {
+    cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
+    ASSERT_TRUE(form.measure(owner.get()));
+    const sSize size = cMessageForm::clientSize(form.widest(), form.lineHeight(), 1);
+    cScript s({[&] { clickOn(form.buttons().button(id)); }});
+    EXPECT_EQ(form.modal("q", size.width, size.height, owner.get(), false),
+              id == cMessageForm::kAccept ? 1 : 0);
+  }
+}
+
+TEST_F(Dialogs, EnterOnAFocusedNoAnswersNo) {
+  cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
+  ASSERT_TRUE(form.measure(owner.get()));
+  bool yesFocused = false;
+  cScript s({[&] {
+               yesFocused = form.buttons().button(cMessageForm::kAccept)->hasFocus();
+               nsoff::key(kTab);
+             },
+             [] { nsoff::key(kEnter); }});
+  EXPECT_EQ(form.modal("q", 200, 140, owner.get(), false), 0);
+  EXPECT_TRUE(yesFocused); // the default answer has the focus at first
+}
+
+TEST_F(Dialogs, TheBoxIsLaidOutByTheRule) {
+  cMessageForm form("Heading\nA second, longer line of text", cMessageForm::ikWarning,
+                    cMessageForm::bsOk);
+  ASSERT_TRUE(form.measure(owner.get()));
+  sSize heading, body;
+  ASSERT_TRUE(owner->sizeOf("Heading", heading, owner->stdFontBold()));
+  ASSERT_TRUE(owner->sizeOf("A second, longer line of text", body, owner->stdFont()));
+  EXPECT_EQ(form.widest(), std::max(heading.width + 37, body.width));
+  EXPECT_EQ(form.lineHeight(), std::max(heading.height, body.height));
+  EXPECT_EQ(form.lineCount(), 2u);
+
+  const sSize size = cMessageForm::clientSize(form.widest(), form.lineHeight(), 2);
+  nsoff::sWindowInfo shown;
+  sRect ok{};
+  cScript s({[&] {
+               shown = nsoff::topWindow();
+               form.buttons().childRect(&ok);
+             },
+             [] { nsoff::key(kEnter); }});
+  EXPECT_EQ(form.modal("layout", size.width, size.height, owner.get(), false), 1);
+  EXPECT_EQ(shown.w, size.width);
+  EXPECT_EQ(shown.h, size.height);
+  // One button, right-aligned inside the footer band.
+  EXPECT_EQ(ok.x + ok.width, size.width - 10);
+  EXPECT_GE(ok.y, size.height - 40);
+  EXPECT_LE(ok.y + ok.height, size.height);
+  EXPECT_GE(ok.width, 75);
+}
+
+TEST_F(Dialogs, TheIconAndHeadingAreDrawn) {
+  cMessageForm form("Error heading", cMessageForm::ikError, cMessageForm::bsOk);
+  ASSERT_TRUE(form.measure(owner.get()));
+  const unsigned ground = cCITheme::theme().getColor(0);
+  int iconInk = 0, headingInk = 0;
+  cScript s({[&] {
+               cairo_surface_t* surface = nsoff::surface(nsoff::topWindow().handle);
+               cairo_surface_flush(surface);
+               const auto* data = cairo_image_surface_get_data(surface);
+               const int stride = cairo_image_surface_get_stride(surface);
+               const auto at = [&](int x, int y) {
+                 return reinterpret_cast<const unsigned*>(data + y * stride)[x] & 0xFFFFFF;
+               };
+               // In the device's 0xRRGGBB order: the theme stores 0xBBGGRR.
+               const unsigned rgb = ((ground & 0xFF) << 16) | (ground & 0xFF00) | (ground >> 16);
+               // The panel starts at 5, 30; the icon at 5, 0 in it, the heading at 42.
+               for (int y = 30; y < 59; ++y) {
+                 for (int x = 10; x < 43; ++x) iconInk += at(x, y) != rgb;
+                 for (int x = 47; x < 100; ++x) headingInk += at(x, y) != rgb;
+               }
+             },
+             [] { nsoff::key(kEscape); }});
+  form.modal("drawn", 200, 134, owner.get(), false);
+  EXPECT_GT(iconInk, 200);
+  EXPECT_GT(headingInk, 30);
+}
+
+// --- popup lists ------------------------------------------------------------------------
+
+tActiveElementItems threeItems() {
+  tActiveElementItems items;
+  const char* names[] = {"Open", "Disabled", "Close"};
+  for (int id = 10; id < 13; ++id) {
+    sActiveElementItem* item = items.insert(id);
+    item->id = id;
+    item->text.set(names[id - 10]);
+    item->enabled = id != 11;
+  }
+  return items;
+}
+
+TEST(PopupPlacement, FitsTheDesktop) {
+  const sSize desk{1000, 800};
+  const auto same = [](const sRect& a, const sRect& b) {
+    return a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height;
+  };
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 10, 20, 100, 200), {10, 20, 100, 200}));
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 950, 20, 100, 200), {900, 20, 100, 200}));
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 10, 20, 1200, 50), {0, 20, 1200, 50}));
+  // Near the bottom with more room above: upwards, ending where it was asked to start.
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 10, 700, 100, 200), {10, 500, 100, 200}));
+  // Taller than the room above too: as much as there is.
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 10, 500, 100, 700), {10, 0, 100, 500}));
+  // More room below than above: cut to it.
+  EXPECT_TRUE(same(cPopupMaster::place(desk, 10, 300, 100, 600), {10, 300, 100, 500}));
+}
+
+TEST_F(Dialogs, APopupNearTheBottomOpensUpwards) {
+  const tActiveElementItems items = threeItems();
+  nsoff::sWindowInfo shown;
+  cScript s({[&] { shown = nsoff::topWindow(); }, [] { nsoff::key(kEscape); }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 100, 1000), -1);
+  EXPECT_TRUE(shown.popup);
+  const int rows = 3 * cPopupMaster::itemHeight(owner.get(), nullptr);
+  EXPECT_EQ(shown.h, rows + 2);
+  EXPECT_EQ(shown.y, 1000 - rows);
+  EXPECT_EQ(shown.x, 100);
+}
+
+TEST_F(Dialogs, EscapeInAPopupReturnsMinusOneAndStaysThere) {
+  const tActiveElementItems items = threeItems();
+  cScript s({[] { nsoff::key(kEscape); }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(owner->cancelled, 0);
+  EXPECT_EQ(nsoff::windows().size(), 1u); // the popup window is gone
+  EXPECT_EQ(nsoff::captured(), nullptr);  // and with it the pointer grab
+}
+
+TEST_F(Dialogs, AClickOnAnItemChoosesIt) {
+  const tActiveElementItems items = threeItems();
+  const int row = cPopupMaster::itemHeight(owner.get(), nullptr);
+  cScript s({[&] { nsoff::click(60, 50 + 1 + 2 * row + row / 2); }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), 12);
+  EXPECT_EQ(nsoff::captured(), nullptr);
+}
+
+TEST_F(Dialogs, DisabledItemsAndStrayReleasesChooseNothing) {
+  const tActiveElementItems items = threeItems();
+  const int row = cPopupMaster::itemHeight(owner.get(), nullptr);
+  const int y = 50 + 1 + row + row / 2; // the disabled item
+  cScript s({[&] { nsoff::click(60, y); },
+             // A release without its press (the click that opened a popup) is ignored.
+             [&] { nsoff::button(60, y + row, 1, false); }, [] { nsoff::key(kEscape); }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
+  EXPECT_EQ(s.done(), 3u);
+}
+
+TEST_F(Dialogs, APressOutsideDismisses) {
+  const tActiveElementItems items = threeItems();
+  cScript s({[] {
+    EXPECT_NE(nsoff::captured(), nullptr); // the popup holds the pointer
+    nsoff::click(500, 300);
+  }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
+  EXPECT_EQ(owner->accepted + owner->cancelled, 0);
+}
+
+TEST_F(Dialogs, ArrowsSkipDisabledItemsAndEnterChooses) {
+  const tActiveElementItems items = threeItems();
+  cScript s({[] {
+    nsoff::key(kDown); // Open
+    nsoff::key(kDown); // past Disabled to Close
+    nsoff::key(kDown); // around to Open
+    nsoff::key(kUp);   // back to Close
+    nsoff::key(kEnter);
+  }});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), 12);
+}
+
+TEST_F(Dialogs, NoItemsNoPopup) {
+  cScript none({});
+  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), tActiveElementItems{}, 50, 50), -1);
+  EXPECT_EQ(cPopupMaster::simplePopup(nullptr, threeItems(), 50, 50), -1);
+}
+
+TEST_F(Dialogs, TheConfigurationSetsWidthAndColours) {
+  const tActiveElementItems items = threeItems();
+  cPopupMaster::sPopupConfig config;
+  EXPECT_EQ(config.width, -1);
+  EXPECT_EQ(config.textColour, cCITheme::theme().getColor(14));
+  EXPECT_EQ(config.background, cCITheme::theme().getColor(4));
+  EXPECT_EQ(config.highlight, cCITheme::theme().getColor(21));
+  config.width = 333;
+  config.background = 0x0000FF; // red
+  nsoff::sWindowInfo shown;
+  unsigned inside = 0;
+  cScript s({[&] {
+               shown = nsoff::topWindow();
+               cairo_surface_t* surface = nsoff::surface(shown.handle);
+               cairo_surface_flush(surface);
+               const auto* row = cairo_image_surface_get_data(surface) +
+                                 (shown.h - 3) * cairo_image_surface_get_stride(surface);
+               inside = reinterpret_cast<const unsigned*>(row)[shown.w - 3] & 0xFFFFFF;
+             },
+             [] { nsoff::key(kEscape); }});
+  cPopupMaster::simplePopup(owner.get(), items, 50, 50, &config);
+  EXPECT_EQ(shown.w, 333);
+  EXPECT_EQ(inside, 0xFF0000u); // device order 0xRRGGBB
+}
+
+} // namespace
