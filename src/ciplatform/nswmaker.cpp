@@ -1,6 +1,7 @@
 #include "nswmaker.h"
 
 #include "cairooffscreen.h"
+#include "pangofont.h"
 
 std::unique_ptr<cWindowMaker> cWindowMaker::newWindowMaker(void* arg1, void* arg2, unsigned flags,
                                                            int) {
@@ -18,6 +19,8 @@ std::unique_ptr<cWindowMaker> cWindowMaker::newWindowMaker(void* arg1, void* arg
 }
 
 bool cNSWMaker::create(void*, void*, unsigned) {
+  // Elements measure text while they are built, before any window has painted.
+  cPangoFont::install();
   return cNSWindow::init();
 }
 

@@ -1,0 +1,225 @@
+// The small widgets in real (offscreen) windows: tool bars and their buttons, scrolled
+// content, and tooltips shown in popup windows.
+#include <gtest/gtest.h>
+
+#include "ciom/customform.h"
+#include "ciom/hint.h"
+#include "ciom/scrollable.h"
+#include "ciom/static.h"
+#include "ciom/theme.h"
+#include "ciom/toolbar.h"
+#include "ciplatform/nswmaker.h"
+#include "nslib/nsoffscreen.h"
+
+namespace {
+
+constexpr int kSpace = 32;
+
+// A form with a tool bar that records the ids of the tool bar actions reaching it.
+class cBarForm : public cCustomForm {
+public:
+  explicit cBarForm(cButtonChild::eLook look = cButtonChild::lkFlat) : bar(look) {}
+  cToolBarChild bar;
+  std::vector<int> pressed;
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    clientArea()->attach(&bar, 10, 10, 300, 24);
+    bar.addButton(1, "One");
+    bar.addButton(2, "Two", "The second button");
+    bar.addButton(3, "Three");
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (source == &bar && action->code == cToolBarAction::kCode)
+      pressed.push_back(static_cast<cToolBarAction*>(action)->id);
+    return cCustomForm::onAction(source, action);
+  }
+};
+
+sPoint centre(cChildElement* e) {
+  sPoint at;
+  e->absPos(at);
+  return {at.x + e->width() / 2, at.y + e->height() / 2};
+}
+
+class Widgets : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
+  void SetUp() override {
+    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+    ASSERT_NE(maker, nullptr);
+  }
+  void TearDown() override {
+    holder.reset();
+    nsoff::runUntilIdle();
+  }
+  void open(cChildElement* root, int w, int h) {
+    holder.reset(static_cast<cNSWMaker&>(*maker).asyncwnd("w", w, h, root, nullptr, true, 0, 0));
+    ASSERT_NE(holder, nullptr);
+    nsoff::runUntilIdle();
+  }
+  std::unique_ptr<cWindowMaker> maker;
+  std::unique_ptr<cWindowHolder> holder;
+};
+
+TEST_F(Widgets, AToolBarLaysOutItsVisibleButtons) {
+  cBarForm form;
+  open(&form, 400, 200);
+  cButtonChild* one = form.bar.button(1);
+  cButtonChild* two = form.bar.button(2);
+  cButtonChild* three = form.bar.button(3);
+  ASSERT_TRUE(one && two && three);
+  sRect r1, r2, r3;
+  one->childRect(&r1);
+  two->childRect(&r2);
+  three->childRect(&r3);
+  EXPECT_EQ(r1.x, 0);
+  EXPECT_EQ(r2.x, r1.width + cToolBarChild::kGap);
+  EXPECT_EQ(r3.x, r2.x + r2.width + cToolBarChild::kGap);
+  EXPECT_EQ(form.bar.wantedWidth(), r3.x + r3.width);
+  sSize text;
+  ASSERT_TRUE(form.sizeOf("Three", text, nullptr));
+  EXPECT_EQ(r3.width, text.width + 2 * cButtonChild::kPadding);
+
+  // A hidden button leaves no gap; the one after it moves up.
+  form.bar.showButton(2, false);
+  three->childRect(&r3);
+  EXPECT_EQ(r3.x, r1.width + cToolBarChild::kGap);
+  EXPECT_EQ(form.bar.wantedWidth(), r3.x + r3.width);
+  EXPECT_FALSE(form.bar.addButton(3, "Again")); // ids are unique
+  EXPECT_TRUE(form.bar.removeButton(3));
+  EXPECT_EQ(form.bar.button(3), nullptr);
+}
+
+TEST_F(Widgets, APressedButtonRaisesItsIdUnlessDisabledOrLeft) {
+  cBarForm form;
+  open(&form, 400, 200);
+  const sPoint two = centre(form.bar.button(2));
+  nsoff::click(two.x, two.y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.pressed, std::vector<int>{2});
+
+  // Pressed, dragged off and released outside: no press.
+  nsoff::button(two.x, two.y, 1, true);
+  nsoff::move(two.x, two.y + 100);
+  nsoff::button(two.x, two.y + 100, 1, false);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.pressed.size(), 1u);
+
+  form.bar.enableButton(2, false);
+  nsoff::click(two.x, two.y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.pressed.size(), 1u);
+  EXPECT_EQ(nsoff::captured(), nullptr); // no press left the pointer held
+}
+
+TEST_F(Widgets, APushButtonAnswersTheSpaceBarWhenFocused) {
+  cBarForm form(cButtonChild::lkPush);
+  open(&form, 400, 200);
+  form.bar.button(3)->focus();
+  nsoff::runUntilIdle();
+  ASSERT_TRUE(form.bar.button(3)->hasFocus());
+  nsoff::key(kSpace);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.pressed, std::vector<int>{3});
+}
+
+// A scrolled list of 50 rows of 20 pixels; each row counts its clicks.
+class cRow : public cChildElement {
+public:
+  int clicks = 0;
+  void onMouseButton(int, int, int button, bool down) override { clicks += button == 1 && down; }
+};
+
+class cRows : public cScrollableElement {
+public:
+  cRow rows[50];
+  int scrolled = 0;
+  void onConstruct() override {
+    for (int i = 0; i < 50; ++i) attach(&rows[i], 0, i * 20, 200, 20);
+    setVirtualSize(200, 1000);
+    setScrollSteps(1, 20);
+  }
+  void onScrolled() override { ++scrolled; }
+};
+
+TEST_F(Widgets, ScrolledContentIsHitWhereItIsShown) {
+  cRows list;
+  open(&list, 200, 100);
+  EXPECT_EQ(list.scrollRange().height, 900);
+  // One notch down: three steps of one row.
+  nsoff::wheel(50, 50, -1);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(list.scrollOffset().y, 60);
+  EXPECT_EQ(list.scrolled, 1);
+  nsoff::click(50, 10); // the first row shown is row 3
+  nsoff::runUntilIdle();
+  EXPECT_EQ(list.rows[3].clicks, 1);
+  EXPECT_EQ(list.rows[0].clicks, 0);
+
+  EXPECT_TRUE(list.scrollTo(0, 5000)); // kept in range
+  EXPECT_EQ(list.scrollOffset().y, 900);
+  EXPECT_FALSE(list.scrollTo(0, 900));
+  EXPECT_TRUE(list.ensureVisible({0, 200, 200, 20}));
+  EXPECT_EQ(list.scrollOffset().y, 200);
+  EXPECT_TRUE(list.ensureVisible({0, 380, 200, 20})); // below: scrolled just enough
+  EXPECT_EQ(list.scrollOffset().y, 300);
+  // Growing the window shrinks the range and pulls the view back.
+  nswnd_move(static_cast<NSWND>(list.winTarget()->_rt_rawhandle()), 0, 0, 200, 800);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(list.scrollOffset().y, 200);
+  // A wheel at the top end scrolls nothing, and is left to the parents.
+  list.scrollTo(0, 0);
+  EXPECT_FALSE(list.onMouseWheel(0, 0, false, false, 1));
+}
+
+// A form with one element that has a hint.
+class cHintForm : public cCustomForm {
+public:
+  cStaticChild label;
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    label.setText("Point at me", -1, false);
+    label.setHint("First line\nSecond, longer line");
+    clientArea()->attach(&label, 20, 20, 120, 20);
+  }
+};
+
+TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
+  cHintForm form;
+  open(&form, 300, 200);
+  const size_t before = nsoff::windows().size();
+  const sPoint at = centre(&form.label);
+  nsoff::move(at.x, at.y);
+  nsoff::runUntilIdle();
+  ASSERT_EQ(nsoff::windows().size(), before + 1);
+  const nsoff::sWindowInfo tip = nsoff::windows().back();
+  EXPECT_TRUE(tip.popup);
+  EXPECT_TRUE(tip.shown);
+  EXPECT_FALSE(tip.takesInput); // the pointer and keys stay with the form
+  sPoint label;
+  form.label.absPos(label);
+  EXPECT_EQ(tip.x, label.x + 2);
+  EXPECT_EQ(tip.y, label.y + form.label.height() + 2);
+  sSize wide;
+  ASSERT_TRUE(form.sizeOf("Second, longer line", wide, nullptr));
+  const cHintMaster* hint = form.label.hintPopup();
+  ASSERT_NE(hint, nullptr);
+  EXPECT_EQ(tip.w, wide.width + 8);
+  EXPECT_EQ(tip.h, 2 * hint->lineHeight() + 4);
+
+  // The theme's tooltip background, inside the frame (device order 0xRRGGBB).
+  cairo_surface_t* s = nsoff::surface(tip.handle);
+  cairo_surface_flush(s);
+  const unsigned bg = cCITheme::theme().getColor(cHintMaster::kBackgroundColour);
+  const unsigned rgb = ((bg & 0xFF) << 16) | (bg & 0xFF00) | (bg >> 16);
+  const auto* row =
+      cairo_image_surface_get_data(s) + (tip.h - 2) * cairo_image_surface_get_stride(s);
+  EXPECT_EQ(reinterpret_cast<const unsigned*>(row)[tip.w - 2] & 0xFFFFFF, rgb);
+
+  nsoff::move(at.x + 200, at.y + 100); // off the label
+  nsoff::runUntilIdle();
+  EXPECT_EQ(nsoff::windows().size(), before);
+  EXPECT_EQ(form.label.hintPopup(), nullptr);
+}
+
+} // namespace
