@@ -36,7 +36,7 @@ const cPicture* cButtonChild::currentPicture() const {
   return normal;
 }
 
-bool cButtonChild::wantedSize(sSize& size) {
+bool cButtonChild::contentSize(sSize& size) {
   size = {};
   const char* t = text();
   if (t && *t && !sizeOf(t, size, stdFont())) return false;
@@ -44,6 +44,16 @@ bool cButtonChild::wantedSize(sSize& size) {
     size.width += pict->width() + (size.width ? kPictureGap : 0);
     size.height = std::max(size.height, pict->height());
   }
+  return true;
+}
+
+int cButtonChild::contentWidth() {
+  sSize size;
+  return contentSize(size) ? size.width : width() - 2 * kPadding;
+}
+
+bool cButtonChild::wantedSize(sSize& size) {
+  if (!contentSize(size)) return false;
   size.width = std::max(size.width + 2 * kPadding, myMinWidth);
   return true;
 }
@@ -81,10 +91,8 @@ void cButtonChild::onPaint(cCanvas* canvas) {
   if (!transparent()) canvas->drawRect(&all, defaultBackgroundColor(), defaultBackgroundColor());
   if (const int face = faceElement(); face >= 0) drawFace(canvas, face, all);
 
-  sSize want;
-  if (!wantedSize(want)) want = {width(), height()};
   const int shift = myPressed && myInside ? 1 : 0; // the content sinks while pressed
-  int x = std::max(kPadding, (width() - (want.width - 2 * kPadding)) / 2) + shift;
+  int x = std::max(kPadding, (width() - contentWidth()) / 2) + shift;
   if (const cPicture* pict = currentPicture()) {
     const sPoint at{x, (height() - pict->height()) / 2 + shift};
     canvas->drawTransparent(&at, pict, nullptr);

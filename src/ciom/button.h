@@ -42,6 +42,9 @@ public:
   bool wantAcceptFoucs() override { return myLook == lkPush; }
 
 private:
+  // The picture and text side by side, without padding.
+  bool contentSize(sSize& size);
+  int contentWidth();
   int faceElement() const;
   const cPicture* currentPicture() const;
 

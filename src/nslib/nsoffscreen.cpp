@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int kStallWaitMs = 2000;
+constexpr int kDesktopWidth = 1280, kDesktopHeight = 1024;
 
 struct sOffWnd : sNSWnd {
   int pointer = 0;
@@ -86,7 +87,7 @@ public:
   }
 
   bool desktopSize(int& w, int& h) override {
-    w = 1280, h = 1024;
+    w = kDesktopWidth, h = kDesktopHeight;
     return true;
   }
   bool workArea(int& x, int& y, int& w, int& h) override {
@@ -99,7 +100,7 @@ public:
   void minimize(sNSWnd*) override {}
   void maximize(sNSWnd* wnd) override {
     wnd->x = wnd->y = 0;
-    resized(wnd, 1280, 1024);
+    resized(wnd, kDesktopWidth, kDesktopHeight);
   }
   bool setPointer(sNSWnd* wnd, int type) override {
     static_cast<sOffWnd*>(wnd)->pointer = type;
@@ -228,6 +229,25 @@ cairo_surface_t* surface(NSWND wnd) {
 bool writePng(NSWND wnd, const char* path) {
   return live(wnd) && wnd->surface &&
          cairo_surface_write_to_png(wnd->surface, path) == CAIRO_STATUS_SUCCESS;
+}
+
+bool writeDesktopPng(const char* path) {
+  cOffscreenPlatform& p = off();
+  cairo_surface_t* desk =
+      cairo_image_surface_create(CAIRO_FORMAT_RGB24, kDesktopWidth, kDesktopHeight);
+  cairo_t* cr = cairo_create(desk);
+  cairo_set_source_rgb(cr, 0.25, 0.3, 0.35); // an empty desktop
+  cairo_paint(cr);
+  for (sNSWnd* w : p.z) {
+    if (!w->surface) continue;
+    cairo_surface_flush(w->surface);
+    cairo_set_source_surface(cr, w->surface, w->x, w->y);
+    cairo_paint(cr);
+  }
+  cairo_destroy(cr);
+  const bool ok = cairo_surface_write_to_png(desk, path) == CAIRO_STATUS_SUCCESS;
+  cairo_surface_destroy(desk);
+  return ok;
 }
 
 void move(int x, int y) {

@@ -39,6 +39,8 @@ NSWND keyTarget();
 NSWND captured();
 cairo_surface_t* surface(NSWND wnd);
 bool writePng(NSWND wnd, const char* path);
+// The whole desktop with every shown window in its stacking order.
+bool writeDesktopPng(const char* path);
 
 // Queued input, at desktop coordinates.
 void move(int x, int y);

@@ -456,6 +456,12 @@ void cXlibPlatform::activate(sXWnd* wnd) {
   } else {
     XRaiseWindow(myDisplay, wnd->win);
   }
+  // A window raised late (its map arrived after a popup opened over it) must not cover
+  // the popup.
+  for (sNSWnd* other : windows()) {
+    auto* x = static_cast<sXWnd*>(other);
+    if (x->popup && x->shown) XRaiseWindow(myDisplay, x->win);
+  }
   XSetInputFocus(myDisplay, wnd->win, RevertToParent, CurrentTime);
   XFlush(myDisplay);
 }

@@ -3,6 +3,7 @@
 
 #include <X11/keysym.h>
 #include <atomic>
+#include <cstdio>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -112,6 +113,33 @@ TEST_F(Offscreen, ShowingPaintsAndInvalidatingPaintsOnceMore) {
   EXPECT_EQ(probe.paints[1].y, 10);
   EXPECT_EQ(probe.paints[1].w, 25);
   EXPECT_EQ(probe.paints[1].h, 15);
+}
+
+TEST_F(Offscreen, TheDesktopPictureShowsTheWindowsWhereTheyAre) {
+  sProbe probe;
+  NSWND wnd = window(probe, 120, 80);
+  ASSERT_TRUE(nswnd_show_floating(wnd));
+  cairo_t* cr = cairo_create(nsoff::surface(wnd));
+  cairo_set_source_rgb(cr, 1, 0, 0);
+  cairo_paint(cr);
+  cairo_destroy(cr);
+  const std::string path = ::testing::TempDir() + "desktop.png";
+  ASSERT_TRUE(nsoff::writeDesktopPng(path.c_str()));
+  cairo_surface_t* shot = cairo_image_surface_create_from_png(path.c_str());
+  ASSERT_EQ(cairo_surface_status(shot), CAIRO_STATUS_SUCCESS);
+  EXPECT_EQ(cairo_image_surface_get_width(shot), 1280);
+  const auto at = [shot](int x, int y) {
+    const unsigned char* row =
+        cairo_image_surface_get_data(shot) + y * cairo_image_surface_get_stride(shot);
+    return reinterpret_cast<const unsigned*>(row)[x] & 0xFFFFFF;
+  };
+  const int x = (1280 - 120) / 2, y = (1024 - 80) / 2;
+  EXPECT_EQ(at(x, y), 0xFF0000u);
+  EXPECT_EQ(at(x + 119, y + 79), 0xFF0000u);
+  EXPECT_NE(at(x - 1, y), 0xFF0000u);
+  EXPECT_NE(at(x + 120, y + 79), 0xFF0000u);
+  cairo_surface_destroy(shot);
+  std::remove(path.c_str());
 }
 
 TEST_F(Offscreen, ModalRunsEndWithTheirResultAndStartAgainRunning) {

@@ -1,0 +1,64 @@
+#!/bin/bash
+# The demonstration program on the real X server: the form with a tooltip, a confirm
+# box answered with Enter and a popup dismissed with Escape, each photographed into
+# OUT (the build folder). Exits 77 (skipped) without a display.
+set -euo pipefail
+demo=$1 out=$2
+[[ -n "${DISPLAY:-}" ]] || { echo "no X display: ./test.sh runs this under Xvfb"; exit 77; }
+
+log=$(mktemp)
+pid=
+cleanup() {
+  [[ -n "$pid" ]] && kill "$pid" 2>/dev/null || true
+  rm -f "$log"
+}
+trap cleanup EXIT
+
+# Starts the demo with the given arguments and waits for a window with that name.
+start() {
+  local name=$1; shift
+  "$demo" "$@" >"$log" 2>&1 &
+  pid=$!
+  wid=$(timeout 10 xdotool search --sync --onlyvisible --name "^$name\$" | head -1)
+  sleep 0.3 # the first paint
+}
+# Waits for the demo to end by itself and checks what it printed.
+finish() {
+  local expected=$1
+  timeout 10 tail --pid="$pid" -f /dev/null
+  wait "$pid" || { echo "ciomdemo failed:"; cat "$log"; exit 1; }
+  pid=
+  grep -qx "$expected" "$log" || { echo "expected \"$expected\", got:"; cat "$log"; exit 1; }
+}
+
+# The form, with the pointer on the label that has a tooltip.
+start "Toolkit demonstration"
+eval "$(xdotool getwindowgeometry --shell "$wid")"
+xdotool mousemove $((X + 40)) $((Y + 124))
+sleep 0.3
+import -window root "$out/demo-x11-tooltip.png"
+xdotool mousemove 0 0
+xdotool key Escape
+finish "Nothing asked yet."
+
+# A confirm box: Enter answers Yes.
+start "Confirm" --show confirm
+import -window root "$out/demo-x11-confirm.png"
+xdotool key Return
+finish "confirm: yes"
+
+# The popup menu: Down highlights the first item; Escape dismisses it.
+start "Toolkit demonstration" --show popup
+xdotool key Down
+sleep 0.2
+import -window root "$out/demo-x11-popup.png"
+# The popup lies above the form: its bottom right corner shows the list's dark ground.
+geometry=$(xwininfo -root -children | awk '/\(has no name\): \("qvraci/ {print $(NF-1)}' | head -1)
+[[ "$geometry" =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] || { echo "no popup window"; exit 1; }
+px=$((BASH_REMATCH[3] + BASH_REMATCH[1] - 3)) py=$((BASH_REMATCH[4] + BASH_REMATCH[2] - 3))
+pixel=$(convert "$out/demo-x11-popup.png" -format "%[pixel:p{$px,$py}]" info:)
+[[ "$pixel" == "srgb(64,64,64)" || "$pixel" == "gray(64)" || "$pixel" == "grey25" ]] ||
+  { echo "the popup is hidden: $pixel at $px,$py"; exit 1; }
+xdotool key Escape
+finish "popup: dismissed"
+echo "screenshots in $out"

@@ -1,0 +1,34 @@
+// The demonstration form: a row of buttons that open each message box and a popup menu,
+// a label with a tooltip, and a line that shows the last answer.
+#pragma once
+
+#include <string>
+
+#include "ciom/customform.h"
+#include "ciom/static.h"
+#include "ciom/toolbar.h"
+
+class cDemoForm : public cCustomForm {
+public:
+  enum eButton { kInfo = 1, kWarning, kError, kConfirm, kWarnConfirm, kPopup };
+
+  // With quit set, the form closes its window after the first button's work is done.
+  void setQuitAfterOne(bool quit) { myQuit = quit; }
+  // Runs what a button does, as if it had been pressed.
+  void press(int id);
+  const std::string& lastAnswer() const { return myAnswer; }
+  cToolBarChild& buttons() { return myButtons; }
+  cStaticChild& hintLabel() { return myHintLabel; }
+
+  void onConstruct() override;
+  bool onAction(cChildElement* source, cChildAction* action) override;
+  bool onFormCancel() override;
+
+private:
+  void answer(const std::string& text);
+
+  cToolBarChild myButtons{cButtonChild::lkPush};
+  cStaticChild myTitle, myHintLabel, myAnswerLine;
+  std::string myAnswer;
+  bool myQuit = false;
+};

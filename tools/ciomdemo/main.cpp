@@ -1,0 +1,128 @@
+// ciomdemo: opens the toolkit's demonstration form.
+//
+//   ciomdemo                 the form; Escape or closing the window ends it
+//   ciomdemo --show NAME     presses one button at once and ends after it; NAME is info,
+//                            warning, error, confirm, warnconfirm or popup
+//   ciomdemo --shots DIR     (with QVRACI_PLATFORM=offscreen) walks through the form, a
+//                            tooltip, a message box and the popup menu, and writes a
+//                            picture of the desktop at each step into DIR
+//
+// Every answer is printed on its own line ("confirm: yes", "popup: Delete", ...).
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ciplatform/nswmaker.h"
+#include "demoform.h"
+#include "nslib/nsoffscreen.h"
+
+namespace {
+
+constexpr int kEnter = 397, kEscape = 283, kDown = 340;
+
+int usage() {
+  std::fprintf(stderr, "usage: ciomdemo [--show info|warning|error|confirm|warnconfirm|popup]"
+                       " [--shots DIR]\n");
+  return 2;
+}
+
+int buttonNamed(const char* name) {
+  const char* names[] = {"info", "warning", "error", "confirm", "warnconfirm", "popup"};
+  for (int i = 0; i < 6; ++i) {
+    if (std::strcmp(name, names[i]) == 0) return cDemoForm::kInfo + i;
+  }
+  return 0;
+}
+
+sPoint centre(cChildElement* e) {
+  sPoint at;
+  e->absPos(at);
+  return {at.x + e->width() / 2, at.y + e->height() / 2};
+}
+
+// The screenshot tour over the offscreen backend. Modal windows are answered by the idle
+// hook, which takes the picture first.
+bool shots(cDemoForm& form, const std::string& dir) {
+  bool ok = true;
+  const auto shot = [&](const char* name) {
+    const std::string path = dir + "/demo-offscreen-" + name + ".png";
+    if (!nsoff::writeDesktopPng(path.c_str())) {
+      std::fprintf(stderr, "ciomdemo: cannot write %s\n", path.c_str());
+      ok = false;
+    }
+  };
+  std::vector<std::function<void()>> steps;
+  size_t next = 0;
+  nsoff::setIdleHook([&] {
+    if (next >= steps.size()) return false;
+    steps[next++]();
+    return true;
+  });
+  const auto pressAndAnswer = [&](int id, std::vector<std::function<void()>> answer) {
+    steps = std::move(answer);
+    next = 0;
+    const sPoint at = centre(form.buttons().button(id));
+    nsoff::click(at.x, at.y);
+    nsoff::runUntilIdle();
+  };
+
+  nsoff::runUntilIdle();
+  shot("form");
+  const sPoint label = centre(&form.hintLabel());
+  nsoff::move(label.x - 60, label.y);
+  nsoff::runUntilIdle();
+  shot("tooltip");
+  nsoff::move(0, 0);
+  pressAndAnswer(cDemoForm::kWarning, {[&] { shot("warning"); }, [] { nsoff::key(kEnter); }});
+  pressAndAnswer(cDemoForm::kConfirm, {[&] { shot("confirm"); }, [] { nsoff::key(kEnter); }});
+  pressAndAnswer(cDemoForm::kPopup, {[] {
+                                       nsoff::key(kDown);
+                                       nsoff::key(kDown);
+                                     },
+                                     [&] { shot("popup"); }, [] { nsoff::key(kEscape); }});
+  nsoff::setIdleHook(nullptr);
+  return ok;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  int show = 0;
+  const char* shotDir = nullptr;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--show") == 0 && i + 1 < argc) {
+      if (!(show = buttonNamed(argv[++i]))) return usage();
+    } else if (std::strcmp(argv[i], "--shots") == 0 && i + 1 < argc) {
+      shotDir = argv[++i];
+    } else {
+      return usage();
+    }
+  }
+  std::unique_ptr<cWindowMaker> maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+  if (!maker) {
+    std::fprintf(stderr, "ciomdemo: %s\n", nswnd_error());
+    return 1;
+  }
+  if (shotDir && !nswnd_offscreen()) {
+    std::fprintf(stderr, "ciomdemo: --shots needs QVRACI_PLATFORM=offscreen\n");
+    return 2;
+  }
+  auto& ns = static_cast<cNSWMaker&>(*maker);
+  cDemoForm form;
+  std::unique_ptr<cWindowHolder> holder(
+      ns.asyncwnd("Toolkit demonstration", 720, 210, &form, nullptr, true, -1, -1));
+  if (!holder) {
+    std::fprintf(stderr, "ciomdemo: cannot open a window\n");
+    return 1;
+  }
+  if (shotDir) return shots(form, shotDir) ? 0 : 1;
+  if (show) {
+    form.setQuitAfterOne(true);
+    form.press(show);
+  }
+  ns.msgloop();
+  return 0;
+}
