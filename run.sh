@@ -13,6 +13,9 @@ editor="$build/src/qvrasci-ruled/qvraci-ruled"
 if [[ ! -x "$editor" ]]; then
   echo "run.sh: the rules editor (qvraci-ruled) is not part of this build yet;" >&2
   echo "run.sh: the libraries and $build/tools/qvraci-rules/qvraci-rules built;" >&2
+  if [[ -x "$build/tools/ciomdemo/ciomdemo" ]]; then
+    echo "run.sh: the toolkit's demonstration: $build/tools/ciomdemo/ciomdemo" >&2
+  fi
   echo "run.sh: ./test.sh runs the tests." >&2
   exit 1
 fi
