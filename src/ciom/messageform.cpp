@@ -135,8 +135,12 @@ bool cMessageForm::doDialog(cChildElement* parent, const char* text, const char*
     const cCiomLangData* section = parent->requestNamedLangResource("ciom::messages");
     caption = section ? section->string(captionStringNo) : nullptr;
   }
-  const sSize size =
-      clientSize(form.widest(), form.lineHeight(), static_cast<int>(form.lineCount()));
+  sSize size = clientSize(form.widest(), form.lineHeight(), static_cast<int>(form.lineCount()));
+  // A message too long for the screen is cut; the buttons stay at the bottom.
+  if (sSize desktop; parent->desktopSize(desktop)) {
+    size.width = std::min(size.width, desktop.width);
+    size.height = std::min(size.height, desktop.height);
+  }
   // -1 means the dialog could not run: that is no answer, not a Yes.
   return form.modal(caption ? caption : "", size.width, size.height, parent, false) > 0;
 }

@@ -116,6 +116,15 @@ TEST_F(Dialogs, ConfirmBoxesAnswerEnterEscapeAndClose) {
   EXPECT_EQ(owner->cancelled, 0);
 }
 
+TEST_F(Dialogs, AMessageTallerThanTheScreenIsCutToIt) {
+  std::string text = "Many lines";
+  for (int i = 0; i < 200; ++i) text += "\nline";
+  nsoff::sWindowInfo shown;
+  cScript s({[&] { shown = nsoff::topWindow(); }, [] { nsoff::key(kEnter); }});
+  cMessageForm::infobox(owner.get(), text.c_str(), nullptr);
+  EXPECT_EQ(shown.h, 1024); // the offscreen desktop's height
+}
+
 TEST_F(Dialogs, EachBoxHasItsCaption) {
   const std::pair<void (*)(cChildElement*, const char*, const char*), const char*> boxes[] = {
       {&cMessageForm::infobox, "Information"},
@@ -141,9 +150,16 @@ TEST_F(Dialogs, ClickingYesOrNoAnswers) {
     cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
     ASSERT_TRUE(form.measure(owner.get()));
     const sSize size = cMessageForm::clientSize(form.widest(), form.lineHeight(), 1);
-    cScript s({[&] { clickOn(form.buttons().button(id)); }});
+    std::string yes, no;
+    cScript s({[&] {
+      yes = form.buttons().button(cMessageForm::kAccept)->text();
+      no = form.buttons().button(cMessageForm::kCancel)->text();
+      clickOn(form.buttons().button(id));
+    }});
     EXPECT_EQ(form.modal("q", size.width, size.height, owner.get(), false),
               id == cMessageForm::kAccept ? 1 : 0);
+    EXPECT_EQ(yes, "Yes"); // strings 1 and 2 of the messages section
+    EXPECT_EQ(no, "No");
   }
 }
 
