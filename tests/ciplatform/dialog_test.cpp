@@ -7,8 +7,7 @@
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "ciom/theme.h"
-#include "ciplatform/nswmaker.h"
-#include "nslib/nsoffscreen.h"
+#include "offscreen_fixture.h"
 
 namespace {
 
@@ -42,20 +41,16 @@ public:
 };
 
 void clickOn(cChildElement* e) {
-  sPoint at;
-  e->absPos(at);
-  nsoff::click(at.x + e->width() / 2, at.y + e->height() / 2);
+  const sPoint at = centreOf(e);
+  nsoff::click(at.x, at.y);
 }
 
-class Dialogs : public ::testing::Test {
+class Dialogs : public cOffscreenTest {
 protected:
-  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
   void SetUp() override {
-    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
-    ASSERT_NE(maker, nullptr);
+    cOffscreenTest::SetUp();
     owner = std::make_unique<cOwnerForm>();
-    holder.reset(static_cast<cNSWMaker&>(*maker).asyncwnd("owner", 600, 400, owner.get(), nullptr,
-                                                          true, -1, -1));
+    holder.reset(ns().asyncwnd("owner", 600, 400, owner.get(), nullptr, true, -1, -1));
     ASSERT_NE(holder, nullptr);
     nsoff::runUntilIdle();
   }
@@ -63,9 +58,8 @@ protected:
     nsoff::setIdleHook(nullptr);
     holder.reset();
     owner.reset();
-    nsoff::runUntilIdle();
+    cOffscreenTest::TearDown();
   }
-  std::unique_ptr<cWindowMaker> maker;
   std::unique_ptr<cOwnerForm> owner;
   std::unique_ptr<cWindowHolder> holder;
 };

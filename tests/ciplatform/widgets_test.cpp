@@ -8,8 +8,7 @@
 #include "ciom/static.h"
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
-#include "ciplatform/nswmaker.h"
-#include "nslib/nsoffscreen.h"
+#include "offscreen_fixture.h"
 
 namespace {
 
@@ -35,29 +34,17 @@ public:
   }
 };
 
-sPoint centre(cChildElement* e) {
-  sPoint at;
-  e->absPos(at);
-  return {at.x + e->width() / 2, at.y + e->height() / 2};
-}
-
-class Widgets : public ::testing::Test {
+class Widgets : public cOffscreenTest {
 protected:
-  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
-  void SetUp() override {
-    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
-    ASSERT_NE(maker, nullptr);
-  }
   void TearDown() override {
     holder.reset();
-    nsoff::runUntilIdle();
+    cOffscreenTest::TearDown();
   }
   void open(cChildElement* root, int w, int h) {
-    holder.reset(static_cast<cNSWMaker&>(*maker).asyncwnd("w", w, h, root, nullptr, true, 0, 0));
+    holder.reset(ns().asyncwnd("w", w, h, root, nullptr, true, 0, 0));
     ASSERT_NE(holder, nullptr);
     nsoff::runUntilIdle();
   }
-  std::unique_ptr<cWindowMaker> maker;
   std::unique_ptr<cWindowHolder> holder;
 };
 
@@ -93,7 +80,7 @@ TEST_F(Widgets, AToolBarLaysOutItsVisibleButtons) {
 TEST_F(Widgets, APressedButtonRaisesItsIdUnlessDisabledOrLeft) {
   cBarForm form;
   open(&form, 400, 200);
-  const sPoint two = centre(form.bar.button(2));
+  const sPoint two = centreOf(form.bar.button(2));
   nsoff::click(two.x, two.y);
   nsoff::runUntilIdle();
   EXPECT_EQ(form.pressed, std::vector<int>{2});
@@ -188,7 +175,7 @@ TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
   cHintForm form;
   open(&form, 300, 200);
   const size_t before = nsoff::windows().size();
-  const sPoint at = centre(&form.label);
+  const sPoint at = centreOf(&form.label);
   nsoff::move(at.x, at.y);
   nsoff::runUntilIdle();
   ASSERT_EQ(nsoff::windows().size(), before + 1);

@@ -5,8 +5,7 @@
 #include <thread>
 
 #include "ciom/customform.h"
-#include "ciplatform/nswmaker.h"
-#include "nslib/nsoffscreen.h"
+#include "offscreen_fixture.h"
 
 namespace {
 
@@ -47,20 +46,7 @@ public:
   }
 };
 
-class Windows : public ::testing::Test {
-protected:
-  static void SetUpTestSuite() { setenv("QVRACI_PLATFORM", "offscreen", 1); }
-  void SetUp() override {
-    maker = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
-    ASSERT_NE(maker, nullptr);
-  }
-  void TearDown() override {
-    nsoff::setIdleHook(nullptr);
-    nsoff::runUntilIdle();
-  }
-  cNSWMaker& ns() { return static_cast<cNSWMaker&>(*maker); }
-  std::unique_ptr<cWindowMaker> maker;
-};
+using Windows = cOffscreenTest;
 
 TEST_F(Windows, AWindowIsBuiltBeforeItsFirstPaint) {
   cProbeRoot root;
