@@ -48,13 +48,20 @@ xdotool key Return
 finish "confirm: yes"
 
 # The popup menu: Down highlights the first item; Escape dismisses it.
+popupGeometry() {
+  xwininfo -root -children | awk '/\(has no name\): \("qvraci/ {print $(NF-1)}' | head -1
+}
 start "Toolkit demonstration" --show popup
+for _ in $(seq 100); do
+  geometry=$(popupGeometry)
+  [[ -n "$geometry" ]] && break
+  sleep 0.1
+done
+[[ "$geometry" =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] || { echo "no popup window"; exit 1; }
 xdotool key Down
-sleep 0.2
+sleep 0.3
 import -window root "$out/demo-x11-popup.png"
 # The popup lies above the form: its bottom right corner shows the list's dark ground.
-geometry=$(xwininfo -root -children | awk '/\(has no name\): \("qvraci/ {print $(NF-1)}' | head -1)
-[[ "$geometry" =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] || { echo "no popup window"; exit 1; }
 px=$((BASH_REMATCH[3] + BASH_REMATCH[1] - 3)) py=$((BASH_REMATCH[4] + BASH_REMATCH[2] - 3))
 pixel=$(convert "$out/demo-x11-popup.png" -format "%[pixel:p{$px,$py}]" info:)
 [[ "$pixel" == "srgb(64,64,64)" || "$pixel" == "gray(64)" || "$pixel" == "grey25" ]] ||
