@@ -6,7 +6,9 @@
 #include "cairocanvas.h"
 
 cNSWTranslator::~cNSWTranslator() {
-  if (myRoot && myRoot->winTarget() == this) myRoot->setWinTarget(nullptr, 0, 0, 0, 0);
+  // A root deleted before its window has nothing left to unbind.
+  if (cChildElement::valid(myRoot) && myRoot->winTarget() == this)
+    myRoot->setWinTarget(nullptr, 0, 0, 0, 0);
 }
 
 void cNSWTranslator::syncRootPosition() {

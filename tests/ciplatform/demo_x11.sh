@@ -6,6 +6,10 @@ set -euo pipefail
 demo=$1 out=$2
 [[ -n "${DISPLAY:-}" ]] || { echo "no X display: ./test.sh runs this under Xvfb"; exit 77; }
 
+# In a sanitizer build, leak reports are matched against tests/lsan.supp by the functions
+# on their stacks; cairo has no frame pointers, so only the slow unwinder finds them.
+export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0"
+
 log=$(mktemp)
 pid=
 cleanup() {

@@ -36,21 +36,19 @@ public:
 
 class Widgets : public cOffscreenTest {
 protected:
-  void TearDown() override {
-    holder.reset();
-    cOffscreenTest::TearDown();
-  }
-  void open(cChildElement* root, int w, int h) {
-    holder.reset(ns().asyncwnd("w", w, h, root, nullptr, true, 0, 0));
-    ASSERT_NE(holder, nullptr);
+  // The window of root; the caller keeps it in a variable declared after root, so that
+  // the window goes first.
+  std::unique_ptr<cWindowHolder> open(cChildElement* root, int w, int h) {
+    std::unique_ptr<cWindowHolder> holder(ns().asyncwnd("w", w, h, root, nullptr, true, 0, 0));
+    EXPECT_NE(holder, nullptr);
     nsoff::runUntilIdle();
+    return holder;
   }
-  std::unique_ptr<cWindowHolder> holder;
 };
 
 TEST_F(Widgets, AToolBarLaysOutItsVisibleButtons) {
   cBarForm form;
-  open(&form, 400, 200);
+  const auto window = open(&form, 400, 200);
   cButtonChild* one = form.bar.button(1);
   cButtonChild* two = form.bar.button(2);
   cButtonChild* three = form.bar.button(3);
@@ -79,7 +77,7 @@ TEST_F(Widgets, AToolBarLaysOutItsVisibleButtons) {
 
 TEST_F(Widgets, APressedButtonRaisesItsIdUnlessDisabledOrLeft) {
   cBarForm form;
-  open(&form, 400, 200);
+  const auto window = open(&form, 400, 200);
   const sPoint two = centreOf(form.bar.button(2));
   nsoff::click(two.x, two.y);
   nsoff::runUntilIdle();
@@ -101,7 +99,7 @@ TEST_F(Widgets, APressedButtonRaisesItsIdUnlessDisabledOrLeft) {
 
 TEST_F(Widgets, APushButtonAnswersTheSpaceBarWhenFocused) {
   cBarForm form(cButtonChild::lkPush);
-  open(&form, 400, 200);
+  const auto window = open(&form, 400, 200);
   form.bar.button(3)->focus();
   nsoff::runUntilIdle();
   ASSERT_TRUE(form.bar.button(3)->hasFocus());
@@ -131,7 +129,7 @@ public:
 
 TEST_F(Widgets, ScrolledContentIsHitWhereItIsShown) {
   cRows list;
-  open(&list, 200, 100);
+  const auto window = open(&list, 200, 100);
   EXPECT_EQ(list.scrollRange().height, 900);
   // One notch down: three steps of one row.
   nsoff::wheel(50, 50, -1);
@@ -173,7 +171,7 @@ public:
 
 TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
   cHintForm form;
-  open(&form, 300, 200);
+  const auto window = open(&form, 300, 200);
   const size_t before = nsoff::windows().size();
   const sPoint at = centreOf(&form.label);
   nsoff::move(at.x, at.y);
