@@ -1,5 +1,6 @@
 #include "static.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "theme.h"
