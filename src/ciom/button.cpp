@@ -47,11 +47,6 @@ bool cButtonChild::contentSize(sSize& size) {
   return true;
 }
 
-int cButtonChild::contentWidth() {
-  sSize size;
-  return contentSize(size) ? size.width : width() - 2 * kPadding;
-}
-
 bool cButtonChild::wantedSize(sSize& size) {
   if (!contentSize(size)) return false;
   size.width = std::max(size.width + 2 * kPadding, myMinWidth);
@@ -91,20 +86,29 @@ void cButtonChild::onPaint(cCanvas* canvas) {
   if (!transparent()) canvas->drawRect(&all, defaultBackgroundColor(), defaultBackgroundColor());
   if (const int face = faceElement(); face >= 0) drawFace(canvas, face, all);
 
+  // The content is measured on this canvas: the window's measuring would make a scratch
+  // surface on every paint.
+  const char* t = text();
+  const long long len = t ? static_cast<long long>(std::strlen(t)) : 0;
+  sSize textSize{};
+  const bool hasText =
+      len > 0 && canvas->setTextMode(stdFont()) && canvas->textSize(t, len, textSize);
+  const cPicture* pict = currentPicture();
+  const int content = textSize.width + (pict ? pict->width() + (hasText ? kPictureGap : 0) : 0);
+
   const int shift = myPressed && myInside ? 1 : 0; // the content sinks while pressed
-  int x = std::max(kPadding, (width() - contentWidth()) / 2) + shift;
-  if (const cPicture* pict = currentPicture()) {
+  int x = std::max(kPadding, (width() - content) / 2) + shift;
+  if (pict) {
     const sPoint at{x, (height() - pict->height()) / 2 + shift};
     canvas->drawTransparent(&at, pict, nullptr);
     x += pict->width() + kPictureGap;
   }
-  const char* t = text();
-  if (!t || !*t || !canvas->setTextMode(stdFont())) return;
+  if (!hasText) return;
   const cCITheme& theme = cCITheme::theme();
   canvas->setTextColors(theme.getColor(enabled() ? kTextColour : kDisabledTextColour),
                         defaultBackgroundColor());
   canvas->drawTextLimited(x, shift, width() - x - kPadding / 2, height(), cCanvas::taLeft, true, 0,
-                          0, t, static_cast<long long>(std::strlen(t)), nullptr, false);
+                          0, t, len, nullptr, false);
 }
 
 void cButtonChild::onMouseButton(int x, int y, int button, bool down) {

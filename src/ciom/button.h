@@ -44,7 +44,6 @@ public:
 private:
   // The picture and text side by side, without padding.
   bool contentSize(sSize& size);
-  int contentWidth();
   int faceElement() const;
   const cPicture* currentPicture() const;
 
