@@ -8,7 +8,8 @@ namespace {
 
 constexpr int kTextColour = 14, kBackgroundColour = 4, kHighlightColour = 21;
 constexpr int kFrameColour = 25, kDisabledColour = 8;
-constexpr int kKeyEnter = 397, kKeyEscape = 283, kKeyUp = 338, kKeyDown = 340;
+// Up and Down are the element core's own kKeyUp and kKeyDown.
+constexpr int kKeyEnter = 397, kKeyEscape = 283;
 constexpr int kKeyHome = 336, kKeyEnd = 343;
 
 unsigned themeOr(unsigned colour, int themeColour) {
