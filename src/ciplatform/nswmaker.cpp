@@ -1,6 +1,8 @@
 #include "nswmaker.h"
 
 #include "cairooffscreen.h"
+#include "ciom/timer.h"
+#include "nslib/nswnd.h"
 #include "pangofont.h"
 
 std::unique_ptr<cWindowMaker> cWindowMaker::newWindowMaker(void* arg1, void* arg2, unsigned flags,
@@ -21,7 +23,10 @@ std::unique_ptr<cWindowMaker> cWindowMaker::newWindowMaker(void* arg1, void* arg
 bool cNSWMaker::create(void*, void*, unsigned) {
   // Elements measure text while they are built, before any window has painted.
   cPangoFont::install();
-  return cNSWindow::init();
+  if (!cNSWindow::init()) return false;
+  static const cTimer::sDriver timers{&nswg_timer_start, &nswg_timer_stop};
+  cTimer::setDriver(&timers);
+  return true;
 }
 
 cCanvas* cNSWMaker::offscreen(int w, int h) {

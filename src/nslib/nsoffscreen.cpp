@@ -30,7 +30,10 @@ public:
   std::string sleepReason;
   bool sleepBlocked = false;
 
+  long long clock = 0; // the timers' clock, moved only by advanceClock
+
   bool offscreen() const override { return true; }
+  long long clockMs() const override { return clock; }
   sNSWnd* makeWindow() override { return new sOffWnd; }
   bool realize(sNSWnd*) override { return true; }
   void unrealize(sNSWnd* wnd) override {
@@ -321,6 +324,11 @@ void closeRequest(NSWND wnd) {
 
 void post(std::function<void()> f) {
   off().events.push_back(std::move(f));
+}
+
+void advanceClock(int ms) {
+  off().clock += std::max(0, ms);
+  runUntilIdle();
 }
 
 void runUntilIdle() {

@@ -55,6 +55,10 @@ void closeRequest(NSWND wnd);
 // Runs f on the GUI thread as the next queued event.
 void post(std::function<void()> f);
 
+// Moves the timers' clock on by ms and runs the loop until idle, so that every timer due
+// by then fires (a repeating one once per call at most).
+void advanceClock(int ms);
+
 // Runs the loop until nothing is left to do (no queued input, wake-up or repaint).
 void runUntilIdle();
 // Runs the loop until done() holds, waiting for other threads up to timeoutMs in all;

@@ -1,6 +1,7 @@
 #include "nsplatform.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -181,11 +182,59 @@ void cNSPlatform::msgloop() {
 }
 
 bool cNSPlatform::pass(bool mayWait) {
-  bool busy = deliverWakes();
+  bool busy = fireTimers();
+  busy = deliverWakes() || busy;
   busy = dispatchQueued() || busy;
   if (busy) return true;
   if (paintDirty()) return true;
   return mayWait && waitEvents();
+}
+
+long long cNSPlatform::clockMs() const {
+  using namespace std::chrono;
+  return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+unsigned cNSPlatform::startTimer(unsigned ms, bool repeat, tNSTimerCallback fn, void* param) {
+  if (!fn) return 0;
+  if (++myLastTimerId == 0) ++myLastTimerId; // 0 means "no timer"
+  const unsigned period = std::max(1u, ms);
+  myTimers.push_back({myLastTimerId, clockMs() + period, repeat ? period : 0, fn, param});
+  return myLastTimerId;
+}
+
+void cNSPlatform::stopTimer(unsigned id) {
+  std::erase_if(myTimers, [id](const sTimer& t) { return t.id == id; });
+}
+
+int cNSPlatform::nextTimerMs() const {
+  if (myTimers.empty()) return -1;
+  long long due = myTimers.front().due;
+  for (const sTimer& t : myTimers) due = std::min(due, t.due);
+  return static_cast<int>(std::clamp(due - clockMs(), 0LL, 1LL << 30));
+}
+
+bool cNSPlatform::fireTimers() {
+  const long long now = clockMs();
+  // The due timers are picked first: a callback may start or stop timers.
+  std::vector<unsigned> due;
+  for (const sTimer& t : myTimers) {
+    if (t.due <= now) due.push_back(t.id);
+  }
+  for (const unsigned id : due) {
+    const auto it = std::find_if(myTimers.begin(), myTimers.end(),
+                                 [id](const sTimer& t) { return t.id == id; });
+    if (it == myTimers.end()) continue; // stopped by an earlier callback
+    const sTimer fired = *it;
+    if (fired.period) {
+      // A late loop does not fire a burst of repeats: the next one counts from now.
+      it->due = now + fired.period;
+    } else {
+      myTimers.erase(it);
+    }
+    fired.fn(fired.param);
+  }
+  return !due.empty();
 }
 
 bool cNSPlatform::deliverWakes() {

@@ -60,6 +60,11 @@ public:
   // nothing to do and mayWait is set. False when nothing is left to do and nothing can
   // come any more.
   bool pass(bool mayWait);
+  // Timers (nswg_timer_start): kept in start order, fired by pass() once due.
+  unsigned startTimer(unsigned ms, bool repeat, tNSTimerCallback fn, void* param);
+  void stopTimer(unsigned id);
+  // Milliseconds until the next timer is due (0 when one is), or -1 when none runs.
+  int nextTimerMs() const;
   // The window holding the pointer, or null.
   sNSWnd* capture() const { return myCapture; }
   void setCapture(sNSWnd* wnd);
@@ -110,12 +115,24 @@ public:
   virtual bool clipGet(eNSClipKind kind, std::vector<unsigned char>& data) = 0;
   virtual bool clipHas(eNSClipKind kind) = 0;
 
+  // The timers' clock in milliseconds: steady time, or the offscreen driver's own.
+  virtual long long clockMs() const;
+
 protected:
   // Called when a modal loop has nothing to do and nothing can come (offscreen only).
   virtual void stalled(sNSWnd* wnd) = 0;
   sNSWnd* myFocus = nullptr;
 
 private:
+  struct sTimer {
+    unsigned id = 0;
+    long long due = 0;
+    unsigned period = 0; // 0: once
+    tNSTimerCallback fn = nullptr;
+    void* param = nullptr;
+  };
+
+  bool fireTimers();
   bool deliverWakes();
   bool paintDirty();
   bool blocked(const sNSWnd* wnd) const;
@@ -125,6 +142,8 @@ private:
   std::vector<sNSWnd*> myOrder; // creation order, for painting and listing
   std::vector<sNSWnd*> myModals;
   sNSWnd* myCapture = nullptr;
+  std::vector<sTimer> myTimers;
+  unsigned myLastTimerId = 0;
 };
 
 // Appends UTF-8 text as UTF-16 units (surrogate pairs above the BMP); malformed bytes are

@@ -214,6 +214,14 @@ bool nswg_clip_get(eNSClipKind kind, std::vector<unsigned char>& data) {
   return platform() && platform()->clipGet(kind, data);
 }
 
+unsigned nswg_timer_start(unsigned ms, bool repeat, tNSTimerCallback fn, void* param) {
+  return platform() ? platform()->startTimer(ms, repeat, fn, param) : 0;
+}
+
+void nswg_timer_stop(unsigned id) {
+  if (platform()) platform()->stopTimer(id);
+}
+
 bool nswg_clip_has(eNSClipKind kind) {
   return platform() && platform()->clipHas(kind);
 }

@@ -144,6 +144,15 @@ bool nswnd_set_caption(NSWND wnd, const char* text);
 bool nswg_block_sleep(const char* reason);
 void nswg_unblock_sleep();
 
+// Timers: fn(param) runs on the GUI thread, from the message loop, ms milliseconds after
+// the start (at least 1) and, with repeat, every ms milliseconds after that until stopped.
+// Returns the timer's id, never 0; 0 when no backend is open or fn is null. A timer may
+// stop itself, or others, from its callback. The offscreen backend's clock stands still
+// until the test driver moves it (nsoff::advanceClock), so its timers fire only then.
+using tNSTimerCallback = void (*)(void* param);
+unsigned nswg_timer_start(unsigned ms, bool repeat, tNSTimerCallback fn, void* param);
+void nswg_timer_stop(unsigned id);
+
 // The clipboard: text (UTF-8) or raw bytes. Reading waits a few seconds at most for the
 // owner to answer.
 enum eNSClipKind { nsClipText = 0, nsClipRaw = 1 };

@@ -239,7 +239,7 @@ bool cXlibPlatform::waitEvents() {
   XFlush(myDisplay);
   if (XPending(myDisplay)) return true;
   pollfd fds[2] = {{ConnectionNumber(myDisplay), POLLIN, 0}, {myWakeFd, POLLIN, 0}};
-  if (poll(fds, 2, -1) < 0) return true; // interrupted: look again
+  if (poll(fds, 2, nextTimerMs()) < 0) return true; // interrupted: look again
   if (fds[1].revents & POLLIN) {
     eventfd_t value = 0;
     eventfd_read(myWakeFd, &value);

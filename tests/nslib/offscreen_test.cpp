@@ -284,3 +284,30 @@ TEST(XKeys, TextBecomesUtf16WithoutControls) {
 }
 
 } // namespace
+
+// Timers fire from the loop once the driver's clock reaches them, never on their own.
+TEST_F(Offscreen, TimersFireOnTheDriversClockAndStop) {
+  struct sCount {
+    int fired = 0;
+    unsigned stopAfter = 0, id = 0;
+  } once, repeat, self;
+  const auto count = [](void* p) {
+    auto* c = static_cast<sCount*>(p);
+    if (++c->fired == static_cast<int>(c->stopAfter)) nswg_timer_stop(c->id);
+  };
+  once.id = nswg_timer_start(100, false, count, &once);
+  repeat.id = nswg_timer_start(100, true, count, &repeat);
+  self.stopAfter = 2;
+  self.id = nswg_timer_start(50, true, count, &self);
+  ASSERT_TRUE(once.id && repeat.id && self.id);
+  EXPECT_EQ(nswg_timer_start(10, false, nullptr, nullptr), 0u);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(once.fired + repeat.fired + self.fired, 0); // the clock stood still
+  for (int i = 0; i < 4; ++i) nsoff::advanceClock(100);
+  EXPECT_EQ(once.fired, 1);
+  EXPECT_EQ(repeat.fired, 4); // once per period, however late the loop runs
+  EXPECT_EQ(self.fired, 2);   // stopped from its own callback
+  nswg_timer_stop(repeat.id);
+  nsoff::advanceClock(1000);
+  EXPECT_EQ(repeat.fired, 4);
+}
