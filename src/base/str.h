@@ -69,6 +69,14 @@ long long _w2pc_require(const unsigned short* src, long long len);
 void _w2pc(const unsigned short* src, _guardchar<char>& out, long long len = -1);
 void _w2pc(const unsigned short* src, _typebuf<char>& out, long long len = -1);
 
+// Full Unicode between UTF-8 and UTF-16, for text that people type and exchange through
+// the clipboard: unlike the converters above, characters above U+FFFF become surrogate
+// pairs and pairs become one four-byte sequence. Malformed or overlong bytes and unpaired
+// surrogates become U+FFFD. The buffer holds exactly the converted units / bytes
+// (_guardchar: terminated).
+void utf8ToUnits(const char* src, long long len, _typebuf<unsigned short>& out);
+void unitsToUtf8(const unsigned short* src, long long len, _guardchar<char>& out);
+
 // Default-code-page text <-> platform text: both are UTF-8, so the text is copied. The
 // raw forms copy at most size - 1 bytes, terminate, and return the bytes copied.
 long long _a2pc(const char* src, char* dst, long long size);

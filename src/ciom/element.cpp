@@ -539,6 +539,13 @@ bool cChildElement::sizeOf(const char* text, sSize& size, cFontObject* font) {
   return t && text && t->_rt_textbox(font ? font : stdFont(), text, size);
 }
 
+bool cChildElement::rulerOf(const unsigned short* text, long long len, int* advances,
+                            cFontObject* font) {
+  cWindowRequestTarget* t = target();
+  return t && text && advances && len >= 0 &&
+         t->_rt_textruler(font ? font : stdFont(), text, len, advances);
+}
+
 bool cChildElement::desktopSize(sSize& size) {
   cWindowRequestTarget* t = target();
   return t && t->_rt_desktopsize(size.width, size.height);

@@ -219,6 +219,8 @@ public:
   cFontObject* stdFontItalic();
   cFontObject* stdFontUnderlined();
   bool sizeOf(const char* text, sSize& size, cFontObject* font);
+  // The advance of each unit of a UTF-16 text (see cCanvas::textRuler), through the window.
+  bool rulerOf(const unsigned short* text, long long len, int* advances, cFontObject* font);
   bool desktopSize(sSize& size);
   bool maxWinSize(sSize& size);
   int screenDPI();

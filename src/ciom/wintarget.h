@@ -65,6 +65,9 @@ public:
   virtual const cCiomLangData* _rt_getnamedlangsection(const char*) { return nullptr; }
   // The size of text in font (lines at line feeds); false when it cannot be measured.
   virtual bool _rt_textbox(cFontObject*, const char*, sSize&) { return false; }
+  // The advance of each unit of a UTF-16 text in font (0 for the second unit of a
+  // surrogate pair); false when it cannot be measured.
+  virtual bool _rt_textruler(cFontObject*, const unsigned short*, long long, int*) { return false; }
   virtual cWindowHolder* _rt_popup(int, int, int, int, cChildElement*, bool) { return nullptr; }
   virtual int _rt_modal(const char*, int, int, cChildElement*, bool) { return -1; }
   virtual int _rt_modal_popup(int, int, int, int, cChildElement*) { return -1; }

@@ -234,6 +234,20 @@ bool cNSWTranslator::_rt_textbox(cFontObject* font, const char* text, sSize& siz
   return ok;
 }
 
+bool cNSWTranslator::_rt_textruler(cFontObject* font, const unsigned short* text, long long len,
+                                   int* advances) {
+  if (!font || !text || !advances || len < 0) return false;
+  if (len == 0) return true;
+  cairo_surface_t* scratch = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
+  bool ok = false;
+  {
+    cCairoCanvas canvas(scratch, 1, 1);
+    ok = canvas.setTextMode(font) && canvas.textRuler(text, len, advances);
+  }
+  cairo_surface_destroy(scratch);
+  return ok;
+}
+
 cWindowHolder* cNSWTranslator::_rt_popup(int x, int y, int w, int h, cChildElement* root,
                                          bool activate) {
   if (!root) return nullptr;

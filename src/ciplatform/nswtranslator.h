@@ -60,6 +60,8 @@ public:
   bool _rt_setcaption(const char* text) override;
   const cCiomLangData* _rt_getnamedlangsection(const char* name) override;
   bool _rt_textbox(cFontObject* font, const char* text, sSize& size) override;
+  bool _rt_textruler(cFontObject* font, const unsigned short* text, long long len,
+                     int* advances) override;
   cWindowHolder* _rt_popup(int x, int y, int w, int h, cChildElement* root, bool activate) override;
   int _rt_modal(const char* caption, int w, int h, cChildElement* root, bool sizeable) override;
   int _rt_modal_popup(int x, int y, int w, int h, cChildElement* root) override;

@@ -266,3 +266,33 @@ TEST(Hex, StrictReaders) {
 }
 
 } // namespace
+
+TEST(Unicode, PairedConversionRoundTripsAndReplacesBadInput) {
+  struct sCase {
+    const char* utf8;
+    std::vector<unsigned short> units;
+    const char* back; // what the units give again
+  } cases[] = {
+      {"a\xC3\xA9", {'a', 0xE9}, "a\xC3\xA9"},
+      {"\xE6\x97\xA5", {0x65E5}, "\xE6\x97\xA5"},
+      {"\xF0\x9F\x98\x80", {0xD83D, 0xDE00}, "\xF0\x9F\x98\x80"}, // one pair
+      {"\xC3(", {0xFFFD, '('}, "\xEF\xBF\xBD("},                  // a lead without its tail
+      {"\xC0\x80", {0xFFFD}, "\xEF\xBF\xBD"},                     // overlong
+      {"\xED\xA0\x80", {0xFFFD}, "\xEF\xBF\xBD"},                 // an encoded surrogate
+      {"\xF4\x90\x80\x80", {0xFFFD}, "\xEF\xBF\xBD"},             // above U+10FFFF
+      {"\xFF", {0xFFFD}, "\xEF\xBF\xBD"},
+      {"\xF0\x9F\x98", {0xFFFD}, "\xEF\xBF\xBD"}, // cut off by the end
+  };
+  for (const sCase& c : cases) {
+    _typebuf<unsigned short> units;
+    utf8ToUnits(c.utf8, -1, units);
+    EXPECT_EQ(std::vector<unsigned short>(units.begin(), units.end()), c.units) << c.utf8;
+    _guardchar<char> back;
+    unitsToUtf8(units.data(), units.count(), back);
+    EXPECT_STREQ(back.c_str(), c.back);
+  }
+  const unsigned short lone[] = {'x', 0xDC00, 0xD800};
+  _guardchar<char> out;
+  unitsToUtf8(lone, 3, out);
+  EXPECT_STREQ(out.c_str(), "x\xEF\xBF\xBD\xEF\xBF\xBD");
+}
