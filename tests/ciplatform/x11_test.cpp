@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "ciom/customform.h"
+#include "ciom/edit.h"
 #include "ciplatform/cairocanvas.h"
 #include "ciplatform/nswmaker.h"
 
@@ -210,6 +212,44 @@ TEST_F(X11, KeysTypedWithXdotoolArriveAsCodesAndCharacters) {
   EXPECT_EQ(dialog.keys, (std::vector<int>{'A', 397, 283, 'B', 'Q'}));
   // No character for Enter, Escape or the ctrl combination.
   EXPECT_EQ(dialog.chars, (std::vector<unsigned short>{'a', 'q'}));
+}
+
+// A form with one focused edit box; a code-9 action ends its modal run.
+class cEditDialog : public cCustomForm {
+public:
+  cEditChild edit;
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    clientArea()->attach(&edit, 10, 10, 260, 24);
+    edit.focus();
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (action->code == 9) end_modal(0);
+    return cCustomForm::onAction(source, action);
+  }
+};
+
+TEST_F(X11, TheEditBoxTakesTypedTextAndTheClipboard) {
+  cEditDialog dialog;
+  std::string copied;
+  std::thread user([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    // Accents and CJK through the input method, then copied out with ctrl+C. xdotool reads
+    // its argument in the locale, which must be a UTF-8 one whatever ours is.
+    run("LC_ALL=C.UTF-8 xdotool type --delay 30 'x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac'");
+    run("xdotool key ctrl+a ctrl+c");
+    copied = run("xclip -o -selection clipboard 2>&1");
+    // Text another program put on the clipboard, pasted with ctrl+V at the end.
+    std::system("printf ' pasted' | xclip -selection clipboard -i >/dev/null 2>&1");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    run("xdotool key End ctrl+v");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    dialog.postAction(new cChildAction(9));
+  });
+  ns().modal("edit", 280, 100, &dialog, nullptr, false);
+  user.join();
+  EXPECT_EQ(copied, "x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac");
+  EXPECT_STREQ(dialog.edit.text(), "x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac pasted");
 }
 
 } // namespace
