@@ -2,26 +2,88 @@
 
 #include <algorithm>
 
+#include "theme.h"
+
+namespace {
+
+constexpr int kPageUp = 341, kPageDown = 342, kHome = 336, kEnd = 343;
+constexpr int kTrackColour = 0; // the corner between two bars
+
+} // namespace
+
+cScrollableElement::cScrollableElement()
+    : myVBar([this](int y) { scrollTo(myOffset.x, y); }),
+      myHBar([this](int x) { scrollTo(x, myOffset.y); }) {}
+
+sSize cScrollableElement::viewSize() const {
+  sRect client;
+  const_cast<cScrollableElement*>(this)->clientRect(&client);
+  return {client.width, client.height};
+}
+
 sSize cScrollableElement::scrollRange() const {
-  return {std::max(0, myContent.width - width()), std::max(0, myContent.height - height())};
+  const sSize view = viewSize();
+  return {std::max(0, myContent.width - view.width), std::max(0, myContent.height - view.height)};
 }
 
 void cScrollableElement::virtualSize(sSize* size) {
-  if (size) *size = {std::max(myContent.width, width()), std::max(myContent.height, height())};
+  const sSize view = viewSize();
+  if (size)
+    *size = {std::max(myContent.width, view.width), std::max(myContent.height, view.height)};
 }
 
 void cScrollableElement::virtualOffset(sPoint* offset) {
   if (offset) *offset = myOffset;
 }
 
+void cScrollableElement::clientRect(sRect* rect) {
+  if (!rect) return;
+  cChildElement::clientRect(rect);
+  if (myShowV) rect->width = std::max(0, rect->width - cScrollBar::kThickness);
+  if (myShowH) rect->height = std::max(0, rect->height - cScrollBar::kThickness);
+}
+
+void cScrollableElement::allowScrollBars(bool vertical, bool horizontal) {
+  myAllowV = vertical;
+  myAllowH = horizontal;
+  layoutBars();
+  repaint();
+}
+
+// Shows each bar that its axis needs (a bar on one axis takes room from the other) and
+// places both inside the border.
+void cScrollableElement::layoutBars() {
+  sRect inner;
+  cChildElement::clientRect(&inner);
+  const int t = cScrollBar::kThickness;
+  bool v = false, h = false;
+  for (int pass = 0; pass < 2; ++pass) {
+    v = myAllowV && myContent.height > inner.height - (h ? t : 0);
+    h = myAllowH && myContent.width > inner.width - (v ? t : 0);
+  }
+  // A bar needs room for its two arrows and the other axis for its own thickness.
+  if (v && (inner.height < 2 * t || inner.width < 2 * t)) v = false;
+  if (h && (inner.width < 2 * t || inner.height < 2 * t)) h = false;
+  myShowV = v;
+  myShowH = h;
+  const sSize view = viewSize();
+  myVBar.place(v ? sRect{inner.x + inner.width - t, inner.y, t, view.height} : sRect{});
+  myHBar.place(h ? sRect{inner.x, inner.y + inner.height - t, view.width, t} : sRect{});
+  myVBar.setValues(myContent.height, view.height, myOffset.y, mySteps.height);
+  myHBar.setValues(myContent.width, view.width, myOffset.x, mySteps.width);
+}
+
 void cScrollableElement::setVirtualSize(int w, int h) {
   myContent = {std::max(0, w), std::max(0, h)};
+  layoutBars();
   if (clampOffset()) onScrolled();
+  layoutBars();
   repaint();
 }
 
 void cScrollableElement::setScrollSteps(int x, int y) {
   mySteps = {std::max(1, x), std::max(1, y)};
+  layoutBars();
 }
 
 bool cScrollableElement::clampOffset() {
@@ -37,6 +99,7 @@ bool cScrollableElement::scrollTo(int x, int y) {
   myOffset = {x, y};
   clampOffset();
   if (was.x == myOffset.x && was.y == myOffset.y) return false;
+  layoutBars();
   repaint();
   onScrolled();
   return true;
@@ -51,11 +114,12 @@ bool cScrollableElement::scrollBy(int dx, int dy) {
 }
 
 bool cScrollableElement::ensureVisible(const sRect& r) {
+  const sSize view = viewSize();
   int x = myOffset.x, y = myOffset.y;
   // The far edge first, so that a rectangle larger than the view shows its start.
-  if (r.x + r.width > x + width()) x = r.x + r.width - width();
+  if (r.x + r.width > x + view.width) x = r.x + r.width - view.width;
   if (r.x < x) x = r.x;
-  if (r.y + r.height > y + height()) y = r.y + r.height - height();
+  if (r.y + r.height > y + view.height) y = r.y + r.height - view.height;
   if (r.y < y) y = r.y;
   return scrollTo(x, y);
 }
@@ -67,6 +131,107 @@ bool cScrollableElement::onMouseWheel(int, int, bool shift, bool, int delta) {
   return scrollBy(0, -notches * kWheelSteps * mySteps.height);
 }
 
+bool cScrollableElement::onKey(int key, bool, bool ctrl, bool alt) {
+  if (alt) return false;
+  const sSize view = viewSize();
+  const int page = std::max(mySteps.height, view.height - mySteps.height);
+  switch (key) {
+  case kPageUp:
+    scrollBy(0, -page);
+    return true;
+  case kPageDown:
+    scrollBy(0, page);
+    return true;
+  case kHome:
+  case kEnd:
+    if (!ctrl) return false;
+    scrollTo(myOffset.x, key == kHome ? 0 : scrollRange().height);
+    return true;
+  case kKeyUp:
+  case kKeyDown:
+    scrollBy(0, (key == kKeyUp ? -1 : 1) * mySteps.height);
+    return true;
+  case kKeyLeft:
+  case kKeyRight:
+    scrollBy((key == kKeyLeft ? -1 : 1) * mySteps.width, 0);
+    return true;
+  default:
+    return false;
+  }
+}
+
 void cScrollableElement::onSizeChanged() {
+  layoutBars();
   if (clampOffset()) onScrolled();
+  layoutBars();
+}
+
+// --- the bars' share of painting and the mouse -------------------------------------------
+
+void cScrollableElement::processPaint(cCanvas* canvas) {
+  if (!canvas) return;
+  // The bars first, then kept out of reach of the element's own painting and children.
+  const sRect bars[] = {myVBar.rect(), myHBar.rect()};
+  if (myShowV) myVBar.paint(canvas, enabled());
+  if (myShowH) myHBar.paint(canvas, enabled());
+  sRect corner{};
+  if (myShowV && myShowH) {
+    corner = {myVBar.rect().x, myHBar.rect().y, cScrollBar::kThickness, cScrollBar::kThickness};
+    const unsigned ground = cCITheme::theme().getColor(kTrackColour);
+    canvas->drawRect(&corner, ground, ground);
+  }
+  for (const sRect& r : bars) {
+    if (!r.empty()) canvas->clip(&r);
+  }
+  if (!corner.empty()) canvas->clip(&corner);
+  canvas->select();
+  cChildElement::processPaint(canvas);
+  for (const sRect& r : bars) {
+    if (!r.empty()) canvas->unclip(&r);
+  }
+  if (!corner.empty()) canvas->unclip(&corner);
+  canvas->select();
+}
+
+cScrollBar* cScrollableElement::barAt(int x, int y) {
+  if (myShowV && myVBar.partAt(x, y) != cScrollBar::spNone) return &myVBar;
+  if (myShowH && myHBar.partAt(x, y) != cScrollBar::spNone) return &myHBar;
+  return nullptr;
+}
+
+bool cScrollableElement::processMouseBtn(int x, int y, int button, bool down, bool shift,
+                                         bool ctrl) {
+  if (myDragging && button == 1 && !down) {
+    myDragging->release();
+    myDragging = nullptr;
+    releasePointer();
+    repaint();
+    return true;
+  }
+  cScrollBar* bar = myDragging ? nullptr : barAt(x, y);
+  if (!bar || !enabled()) return cChildElement::processMouseBtn(x, y, button, down, shift, ctrl);
+  if (button == 1 && down && bar->press(x, y)) {
+    myDragging = bar;
+    capturePointer(false);
+    repaint();
+  }
+  return true;
+}
+
+bool cScrollableElement::processMouseMove(int x, int y) {
+  if (myDragging) {
+    myDragging->drag(x, y);
+    return true;
+  }
+  const bool changed = myVBar.hover(x, y) | myHBar.hover(x, y);
+  if (changed) repaint();
+  if (!barAt(x, y)) return cChildElement::processMouseMove(x, y);
+  changePointerReq(mpArrow);
+  notifyHover(this);
+  return true;
+}
+
+void cScrollableElement::onMouseLeft() {
+  if (myVBar.hover(-1, -1) | myHBar.hover(-1, -1)) repaint();
+  cChildElement::onMouseLeft();
 }

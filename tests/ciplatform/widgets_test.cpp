@@ -5,6 +5,7 @@
 #include "ciom/customform.h"
 #include "ciom/hint.h"
 #include "ciom/scrollable.h"
+#include "ciom/scrollbar.h"
 #include "ciom/static.h"
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
@@ -120,8 +121,8 @@ public:
   cRow rows[50];
   int scrolled = 0;
   void onConstruct() override {
-    for (int i = 0; i < 50; ++i) attach(&rows[i], 0, i * 20, 200, 20);
-    setVirtualSize(200, 1000);
+    for (int i = 0; i < 50; ++i) attach(&rows[i], 0, i * 20, 180, 20);
+    setVirtualSize(180, 1000); // narrower than the view beside its vertical bar
     setScrollSteps(1, 20);
   }
   void onScrolled() override { ++scrolled; }
@@ -155,6 +156,61 @@ TEST_F(Widgets, ScrolledContentIsHitWhereItIsShown) {
   // A wheel at the top end scrolls nothing, and is left to the parents.
   list.scrollTo(0, 0);
   EXPECT_FALSE(list.onMouseWheel(0, 0, false, false, 1));
+}
+
+TEST_F(Widgets, ScrollBarsShowWhenNeededAndMoveTheContent) {
+  cRows list;
+  const auto window = open(&list, 200, 100);
+  ASSERT_TRUE(list.vBarShown());
+  EXPECT_FALSE(list.hBarShown()); // the content fits beside the vertical bar
+  EXPECT_EQ(list.viewSize(), (sSize{200 - cScrollBar::kThickness, 100}));
+  const cScrollBar& bar = list.vBar();
+  const auto centre = [&](cScrollBar::ePart part) {
+    const sRect r = bar.partRect(part);
+    return sPoint{r.x + r.width / 2, r.y + r.height / 2};
+  };
+
+  // The thumb shows the visible share (100 of 1000 is under the minimum length).
+  EXPECT_EQ(bar.partRect(cScrollBar::spThumb).height, cScrollBar::kMinThumb);
+  // Dragging the thumb half the free track scrolls half the range.
+  const sPoint thumb = centre(cScrollBar::spThumb);
+  const int free = 100 - 2 * cScrollBar::kThickness - cScrollBar::kMinThumb;
+  nsoff::button(thumb.x, thumb.y, 1, true);
+  nsoff::move(thumb.x, thumb.y + free / 2);
+  nsoff::move(thumb.x + 80, thumb.y + free / 2); // sideways off the bar: still held
+  nsoff::button(thumb.x + 80, thumb.y + free / 2, 1, false);
+  nsoff::runUntilIdle();
+  EXPECT_NEAR(list.scrollOffset().y, 900 * (free / 2) / free, 900 / free);
+  EXPECT_EQ(nsoff::captured(), nullptr);
+  EXPECT_EQ(list.rows[0].clicks + list.rows[1].clicks, 0); // the bar kept its clicks
+
+  // An arrow scrolls one step, the track a page; held, the arrow repeats.
+  list.scrollTo(0, 0);
+  const sPoint down = centre(cScrollBar::spMore);
+  nsoff::click(down.x, down.y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(list.scrollOffset().y, 20);
+  const sPoint track = centre(cScrollBar::spTrackMore);
+  nsoff::click(track.x, track.y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(list.scrollOffset().y, 20 + 80);
+  nsoff::button(down.x, down.y, 1, true);
+  nsoff::runUntilIdle();
+  nsoff::advanceClock(cScrollBar::kRepeatDelayMs);
+  nsoff::advanceClock(cScrollBar::kRepeatMs);
+  nsoff::button(down.x, down.y, 1, false);
+  nsoff::runUntilIdle();
+  nsoff::advanceClock(1000); // released: no more repeats
+  EXPECT_EQ(list.scrollOffset().y, 100 + 3 * 20);
+
+  // Content that fits shows no bar, and a bar that is not allowed never shows.
+  list.setVirtualSize(100, 50);
+  EXPECT_FALSE(list.vBarShown());
+  EXPECT_EQ(list.scrollOffset().y, 0);
+  list.setVirtualSize(600, 1000);
+  EXPECT_TRUE(list.vBarShown() && list.hBarShown());
+  list.allowScrollBars(true, false);
+  EXPECT_FALSE(list.hBarShown());
 }
 
 // A form with one element that has a hint.
