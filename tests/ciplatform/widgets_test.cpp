@@ -2,6 +2,8 @@
 // content, and tooltips shown in popup windows.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "ciom/customform.h"
 #include "ciom/hint.h"
 #include "ciom/scrollable.h"
@@ -9,6 +11,7 @@
 #include "ciom/static.h"
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
+#include "ciom/vsplit.h"
 #include "offscreen_fixture.h"
 
 namespace {
@@ -264,3 +267,73 @@ TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
 }
 
 } // namespace
+
+namespace {
+
+// A splitter filling its window, with a child anchored to fill each pane.
+template <class tSplitter> class cSplitRoot : public tSplitter {
+public:
+  cPanelChild inFirst, inSecond;
+  int moved = 0;
+  void onConstruct() override {
+    tSplitter::onConstruct();
+    this->pane(0)->anchor(&inFirst, 2, 2, ~4, ~4);
+    this->pane(1)->anchor(&inSecond, 2, 2, ~4, ~4);
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    moved += source == this && action->code == cSplitterChild::kMovedCode;
+    return tSplitter::onAction(source, action);
+  }
+};
+
+} // namespace
+
+TEST_F(Widgets, ASplitterDividerDragsWithinTheMinimumsAndKeepsItsShare) {
+  cSplitRoot<cSplitterChild> split;
+  const auto window = open(&split, 405, 200);
+  const int room = 405 - cSplitterChild::kDivider;
+  EXPECT_EQ(split.position(), 160); // 40 % of 400
+  EXPECT_EQ(split.inFirst.width(), 160 - 4);
+  EXPECT_EQ(split.inSecond.width(), 405 - 165 - 4);
+  split.setMinSizes(100, 120);
+
+  // The divider is grabbed a little beside it too; the drag stops at a minimum.
+  sPoint at;
+  split.absPos(at);
+  const int y = at.y + 100, x = at.x + 160 - 2;
+  nsoff::move(x, y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(nsoff::topWindow().pointer, mpSizeWE);
+  nsoff::button(x, y, 1, true);
+  nsoff::move(x + 500, y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(split.position(), room - 120);
+  nsoff::move(x - 500, y);
+  nsoff::button(x - 500, y, 1, false);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(split.position(), 100);
+  EXPECT_EQ(split.moved, 1);
+  EXPECT_EQ(nsoff::captured(), nullptr);
+  EXPECT_EQ(split.inFirst.width(), 100 - 4);
+
+  // A resize keeps the share; the children follow their panes.
+  split.setPosition(200);
+  nswnd_move(static_cast<NSWND>(split.winTarget()->_rt_rawhandle()), 0, 0, 805, 200);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(split.position(), 400);
+  EXPECT_EQ(split.inSecond.width(), 805 - 405 - 4);
+}
+
+TEST_F(Widgets, AVerticalSplitterCanKeepItsLowerPane) {
+  cSplitRoot<cVSplitterChild> split;
+  const auto window = open(&split, 200, 305);
+  split.setFixedPane(1);
+  split.setPosition(200);
+  EXPECT_EQ(split.inSecond.height(), 100 - 4);
+  nswnd_move(static_cast<NSWND>(split.winTarget()->_rt_rawhandle()), 0, 0, 200, 505);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(split.position(), 400);
+  EXPECT_EQ(split.inSecond.height(), 100 - 4);
+  split.setShare(std::nan(""));
+  EXPECT_EQ(split.share(), cSplitterChild::kDefaultShare); // nonsense gives the default
+}
