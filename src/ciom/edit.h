@@ -95,6 +95,9 @@ public:
   bool setBanFont(int kind, int size, const char* face, bool bold, bool underline, bool italic);
   // The height that shows a line of text in the standard font with the frame around it.
   int wantedHeight();
+  // The field's frame: filled, edged, its corners softened towards `around`.
+  static void drawFrame(cCanvas* canvas, const sRect& rect, unsigned fill, unsigned edge,
+                        unsigned around);
 
   bool cb_copy();
   bool cb_cut();

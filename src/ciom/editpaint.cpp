@@ -91,18 +91,22 @@ int cEditChild::wantedHeight() {
   return std::max(lineHeight(nullptr), 12) + 2 * kPadding;
 }
 
-void cEditChild::paintFrame(cCanvas* canvas) {
-  const sRect all{0, 0, width(), height()};
-  const unsigned ground = bgColor(), edge = borderColor();
-  canvas->drawRect(&all, ground, edge);
-  if (width() < 4 || height() < 4) return;
+void cEditChild::drawFrame(cCanvas* canvas, const sRect& all, unsigned fill, unsigned edge,
+                           unsigned around) {
+  canvas->drawRect(&all, fill, edge);
+  if (all.width < 4 || all.height < 4) return;
   // Softened corners: each corner pixel halfway between the frame and what lies around.
-  const unsigned around = parent() ? parent()->defaultBackgroundColor() : ground;
   const unsigned corner = mix(edge, around);
-  for (const sRect& r : {sRect{0, 0, 1, 1}, sRect{width() - 1, 0, 1, 1},
-                         sRect{0, height() - 1, 1, 1}, sRect{width() - 1, height() - 1, 1, 1}}) {
-    canvas->drawRect(&r, corner, corner);
+  const int r = all.x + all.width - 1, b = all.y + all.height - 1;
+  for (const sRect& dot : {sRect{all.x, all.y, 1, 1}, sRect{r, all.y, 1, 1}, sRect{all.x, b, 1, 1},
+                           sRect{r, b, 1, 1}}) {
+    canvas->drawRect(&dot, corner, corner);
   }
+}
+
+void cEditChild::paintFrame(cCanvas* canvas) {
+  const unsigned around = parent() ? parent()->defaultBackgroundColor() : bgColor();
+  drawFrame(canvas, {0, 0, width(), height()}, bgColor(), borderColor(), around);
 }
 
 void cEditChild::paintText(cCanvas* canvas) {

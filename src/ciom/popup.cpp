@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/clock.h"
+#include "base/str.h"
 #include "theme.h"
 
 namespace {
@@ -11,6 +13,7 @@ constexpr int kFrameColour = 25, kDisabledColour = 8;
 // Up and Down are the element core's own kKeyUp and kKeyDown.
 constexpr int kKeyEnter = 397, kKeyEscape = 283;
 constexpr int kKeyHome = 336, kKeyEnd = 343;
+constexpr unsigned kTypeAheadMs = 1000;
 
 unsigned themeOr(unsigned colour, int themeColour) {
   return colour == cPopupMaster::kDefault ? cCITheme::theme().getColor(themeColour) : colour;
@@ -116,6 +119,9 @@ void cPopupMaster::onConstruct() {
   }
   setScrollSteps(1, myRowHeight / kWheelSteps + 1);
   setVirtualSize(width(), y + 1);
+  for (size_t i = 0; i < myButtons.size(); ++i) {
+    if (myButtons[i]->item().id == myInitialHot) setHot(static_cast<int>(i));
+  }
   // Presses outside the popup arrive here (at coordinates outside it) and dismiss it.
   capturePointer(true);
   focus();
@@ -199,6 +205,36 @@ bool cPopupMaster::processKey(int key, bool shift, bool ctrl, bool alt) {
   }
 }
 
+bool cPopupMaster::onChar(unsigned short ch, bool, bool ctrl, bool) {
+  if (ctrl || ch < 0x20 || myButtons.empty()) return true;
+  // Letters typed within a second of each other make one prefix; a new one starts over.
+  const unsigned now = ticks_ms();
+  if (now - myTypedAt > kTypeAheadMs) myTyped.clear();
+  myTypedAt = now;
+  myTyped.push_back(__acp_lower(ch));
+  const auto startsWith = [this](const sActiveElementItem& item) {
+    _typebuf<unsigned short> text;
+    utf8ToUnits(item.text.c_str(), item.text.length(), text);
+    if (text.count() < static_cast<long long>(myTyped.size())) return false;
+    for (size_t k = 0; k < myTyped.size(); ++k) {
+      if (__acp_lower(text[static_cast<long long>(k)]) != myTyped[k]) return false;
+    }
+    return true;
+  };
+  // From the highlighted item on for a longer prefix, from the next one for a new letter.
+  const int n = static_cast<int>(myButtons.size());
+  const int from = myHot < 0 ? 0 : myTyped.size() > 1 ? myHot : myHot + 1;
+  for (int k = 0; k < n; ++k) {
+    const int i = (from + k) % n;
+    const sActiveElementItem& item = myButtons[static_cast<size_t>(i)]->item();
+    if (item.enabled && startsWith(item)) {
+      setHot(i);
+      break;
+    }
+  }
+  return true;
+}
+
 void cPopupMaster::onLooseFocus(bool, bool) {
   finish(-1);
 }
@@ -233,9 +269,10 @@ sRect cPopupMaster::place(const sSize& desktop, int x, int y, int w, int h) {
 int cPopupMaster::runPopUp(cChildElement* owner, const tActiveElementItems& items,
                            const cPicturesList* pictures, int x, int y, int w, int h,
                            unsigned textColour, unsigned background, unsigned highlight,
-                           unsigned frame, unsigned highlightText, cFontObject* font) {
+                           unsigned frame, unsigned highlightText, cFontObject* font, int hotId) {
   if (!owner || items.count() == 0) return -1;
   cPopupMaster popup(owner, items, pictures, font);
+  popup.setInitialHot(hotId);
   popup.setColours(textColour, background, highlight, frame, highlightText);
   sSize desktop;
   if (!owner->desktopSize(desktop)) return -1;
@@ -257,12 +294,12 @@ int cPopupMaster::autoWidth(cChildElement* owner, const tActiveElementItems& ite
 int cPopupMaster::simplePopup(cChildElement* owner, const tActiveElementItems& items, int x, int y,
                               int width, const cPicturesList* pictures, unsigned textColour,
                               unsigned background, unsigned highlight, unsigned frame,
-                              unsigned highlightText, cFontObject* font) {
+                              unsigned highlightText, cFontObject* font, int hotId) {
   if (!owner || items.count() == 0) return -1;
   if (width < 0) width = autoWidth(owner, items, pictures, font);
   const int h = static_cast<int>(items.count()) * itemHeight(owner, font);
   return runPopUp(owner, items, pictures, x, y, width, h, textColour, background, highlight, frame,
-                  highlightText, font);
+                  highlightText, font, hotId);
 }
 
 int cPopupMaster::simplePopup(cChildElement* owner, const tActiveElementItems& items, int x, int y,
@@ -272,5 +309,5 @@ int cPopupMaster::simplePopup(cChildElement* owner, const tActiveElementItems& i
   int width = c.width;
   if (width < 0) width = std::max(autoWidth(owner, items, c.pictures, c.font), c.minWidth);
   return simplePopup(owner, items, x, y, width, c.pictures, c.textColour, c.background, c.highlight,
-                     c.frame, c.highlightText, c.font);
+                     c.frame, c.highlightText, c.font, c.hotId);
 }

@@ -1,7 +1,7 @@
 // Popup lists and menus: the items in a popup window under the pointer's grab; the call
 // returns the id of the chosen item, or -1 when the popup was dismissed (Escape, a press
 // outside it, or the loss of focus). Keys: Up and Down (Home, End) move the highlight,
-// Enter chooses it.
+// Enter chooses it; typing letters highlights the next item whose text starts with them.
 #pragma once
 
 #include <memory>
@@ -33,6 +33,7 @@ public:
     unsigned textColour, background, highlight;
     unsigned frame = kDefault, highlightText = kDefault;
     cFontObject* font = nullptr; // null: the standard font
+    int hotId = -1;              // the item highlighted (and scrolled into view) at first
     sPopupConfig();
   };
 
@@ -42,12 +43,12 @@ public:
   static int simplePopup(cChildElement* owner, const tActiveElementItems& items, int x, int y,
                          int width, const cPicturesList* pictures, unsigned textColour,
                          unsigned background, unsigned highlight, unsigned frame,
-                         unsigned highlightText, cFontObject* font);
+                         unsigned highlightText, cFontObject* font, int hotId = -1);
   // w × h is the list's size without the frame lines; the popup is fitted on the desktop.
   static int runPopUp(cChildElement* owner, const tActiveElementItems& items,
                       const cPicturesList* pictures, int x, int y, int w, int h,
                       unsigned textColour, unsigned background, unsigned highlight, unsigned frame,
-                      unsigned highlightText, cFontObject* font);
+                      unsigned highlightText, cFontObject* font, int hotId = -1);
   // Where a popup of w × h asked for at x, y goes on a desktop of the given size: pushed
   // left to fit, and near the bottom cut to the room below or, when there is more room
   // above, opened upwards.
@@ -66,11 +67,17 @@ public:
                   unsigned highlightText);
   // The highlighted item's id, or -1.
   int hotId() const;
+  // Highlights the item with that id once the popup is built.
+  void setInitialHot(int id) { myInitialHot = id; }
 
   void onConstruct() override;
   void onPaint(cCanvas* canvas) override;
   void onMouseButton(int x, int y, int button, bool down) override;
   bool processKey(int key, bool shift, bool ctrl, bool alt) override;
+  bool processChar(unsigned short ch, bool shift, bool ctrl, bool alt) override {
+    return onChar(ch, shift, ctrl, alt); // like its keys, a popup keeps typed letters
+  }
+  bool onChar(unsigned short ch, bool shift, bool ctrl, bool alt) override;
   void processOSFocus() override {}
   void processOSFocusLost() override {}
   void onLooseFocus(bool shift, bool ctrl) override;
@@ -90,6 +97,9 @@ private:
   cFontObject* myFont;
   unsigned myText = 0, myBackground = 0, myHighlight = 0, myFrame = 0, myHotText = 0;
   std::vector<std::unique_ptr<cBtnListItem>> myButtons;
-  int myHot = -1, myRowHeight = 0;
+  int myHot = -1, myRowHeight = 0, myInitialHot = -1;
+  // Type-ahead: the letters typed so far and when the last one came.
+  std::vector<unsigned short> myTyped;
+  unsigned myTypedAt = 0;
   bool myDone = false;
 };

@@ -13,25 +13,6 @@ namespace {
 
 constexpr int kEnter = 397, kEscape = 283, kTab = 265, kDown = 340, kUp = 338;
 
-// Hands one step to the loop each time a modal run goes idle; the run ends (or the
-// backend's stall check throws) once the steps are used up.
-class cScript {
-public:
-  explicit cScript(std::vector<std::function<void()>> steps) : mySteps(std::move(steps)) {
-    nsoff::setIdleHook([this] {
-      if (myNext >= mySteps.size()) return false;
-      mySteps[myNext++]();
-      return true;
-    });
-  }
-  ~cScript() { nsoff::setIdleHook(nullptr); }
-  size_t done() const { return myNext; }
-
-private:
-  std::vector<std::function<void()>> mySteps;
-  size_t myNext = 0;
-};
-
 // A form that counts its accept and cancel keys.
 class cOwnerForm : public cCustomForm {
 public:

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "ciplatform/nswmaker.h"
 #include "nslib/nsoffscreen.h"
@@ -31,3 +33,22 @@ inline sPoint centreOf(cChildElement* e) {
   e->absPos(at);
   return {at.x + e->width() / 2, at.y + e->height() / 2};
 }
+
+// Hands one step to the loop each time a modal run goes idle; the run ends (or the
+// backend's stall check throws) once the steps are used up.
+class cScript {
+public:
+  explicit cScript(std::vector<std::function<void()>> steps) : mySteps(std::move(steps)) {
+    nsoff::setIdleHook([this] {
+      if (myNext >= mySteps.size()) return false;
+      mySteps[myNext++]();
+      return true;
+    });
+  }
+  ~cScript() { nsoff::setIdleHook(nullptr); }
+  size_t done() const { return myNext; }
+
+private:
+  std::vector<std::function<void()>> mySteps;
+  size_t myNext = 0;
+};

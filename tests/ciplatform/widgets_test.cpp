@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "ciom/combo.h"
 #include "ciom/customform.h"
 #include "ciom/hint.h"
 #include "ciom/scrollable.h"
@@ -336,4 +337,116 @@ TEST_F(Widgets, AVerticalSplitterCanKeepItsLowerPane) {
   EXPECT_EQ(split.inSecond.height(), 100 - 4);
   split.setShare(std::nan(""));
   EXPECT_EQ(split.share(), cSplitterChild::kDefaultShare); // nonsense gives the default
+}
+
+namespace {
+
+// A form with a drop-down list of fruit near its top, recording the choices it reports.
+class cComboForm : public cCustomForm {
+public:
+  cComboBoxChild combo;
+  std::vector<int> changes;
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    clientArea()->attach(&combo, 10, 10, 160, 22);
+    const char* names[] = {"Apple", "Banana", "Blueberry", "Cherry", "Date"};
+    for (int i = 0; i < 5; ++i) combo.addItem(10 * (i + 1), names[i]);
+    combo.setSelected(20);
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (source == &combo && action->code == cComboBoxChild::kChangedCode)
+      changes.push_back(combo.selected());
+    return cCustomForm::onAction(source, action);
+  }
+};
+
+constexpr sNSModifiers kAlt{false, false, true, false};
+constexpr int kF4 = 449, kEnterKey = 397, kEscapeKey = 283, kDownKey = 340, kUpKey = 338;
+
+} // namespace
+
+TEST_F(Widgets, AComboBoxChoosesByKeysInAndOutOfItsList) {
+  cComboForm form;
+  const auto window = open(&form, 300, 200);
+  form.combo.focus();
+  nsoff::runUntilIdle();
+  EXPECT_STREQ(form.combo.edit()->text(), "Banana");
+  // Closed, the arrows choose directly.
+  nsoff::key(kDownKey);
+  nsoff::key(kDownKey);
+  nsoff::key(kUpKey);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.changes, (std::vector<int>{30, 40, 30}));
+
+  struct sCase {
+    int openKey;
+    sNSModifiers mods;
+    std::vector<std::function<void()>> steps;
+    int expected;
+  } cases[] = {
+      // The list opens on the chosen item; Down and Enter take the next one.
+      {kDownKey, kAlt, {[] { nsoff::key(kDownKey); }, [] { nsoff::key(kEnterKey); }}, 40},
+      // Typed letters jump to the items that start with them; Escape changes nothing.
+      {kF4, {}, {[] { nsoff::type("b"); }, [] { nsoff::key(kEscapeKey); }}, 40},
+      {' ', {}, {[] { nsoff::type("bl"); }, [] { nsoff::key(kEnterKey); }}, 30},
+      {kF4, {}, {[] { nsoff::type("a"); }, [] { nsoff::key(kEnterKey); }}, 10},
+  };
+  for (const sCase& c : cases) {
+    cScript script(c.steps);
+    nsoff::key(c.openKey, c.mods);
+    nsoff::runUntilIdle();
+    EXPECT_EQ(script.done(), c.steps.size());
+    EXPECT_FALSE(form.combo.listOpen());
+    EXPECT_EQ(form.combo.selected(), c.expected);
+  }
+  EXPECT_EQ(form.changes.back(), 10);
+  EXPECT_EQ(form.changes.size(), 6u); // Escape raised nothing
+}
+
+TEST_F(Widgets, AComboBoxListOpensBelowOrAboveAndTakesAClick) {
+  cComboForm form;
+  const auto window = open(&form, 300, 200);
+  sPoint at;
+  form.combo.absPos(at);
+  const sPoint field = centreOf(&form.combo);
+  nsoff::sWindowInfo list;
+  int pickY = 0;
+  {
+    cScript script({[&] {
+      list = nsoff::topWindow();
+      // The last item (Date) is the fifth row of the list.
+      const int row = (list.h - 2) / 5;
+      pickY = list.y + 1 + 4 * row + row / 2;
+      nsoff::click(list.x + 20, pickY);
+    }});
+    nsoff::click(field.x, field.y);
+    nsoff::runUntilIdle();
+  }
+  EXPECT_TRUE(list.popup);
+  EXPECT_EQ(list.x, at.x);
+  EXPECT_EQ(list.y, at.y + form.combo.height());
+  EXPECT_GE(list.w, form.combo.width());
+  EXPECT_EQ(form.combo.selected(), 50);
+  EXPECT_EQ(form.changes, std::vector<int>{50});
+
+  // Near the bottom of the desktop the list opens upwards; a click outside closes it.
+  nswnd_move(static_cast<NSWND>(form.winTarget()->_rt_rawhandle()), 100, 1024 - 120, 300, 100);
+  nsoff::runUntilIdle();
+  form.combo.absPos(at);
+  {
+    cScript script({[&] {
+      list = nsoff::topWindow();
+      nsoff::click(5, 5);
+    }});
+    const sPoint again = centreOf(&form.combo);
+    nsoff::click(again.x, again.y);
+    nsoff::runUntilIdle();
+  }
+  EXPECT_EQ(list.y + list.h, at.y);
+  EXPECT_EQ(form.combo.selected(), 50);
+  EXPECT_EQ(nsoff::captured(), nullptr);
+  EXPECT_FALSE(form.combo.setSelected(99)); // not listed
+  form.combo.removeItem(50);
+  EXPECT_EQ(form.combo.selected(), -1);
+  EXPECT_STREQ(form.combo.edit()->text(), "");
 }
