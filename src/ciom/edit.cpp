@@ -50,7 +50,6 @@ cEditChild::cEditChild()
   mySelectionInactive = theme.getColor(kSelectionInactive);
   mySelectedText = theme.getColor(kWhite);
   myBannerColour = theme.getColor(kBannerInk);
-  setPointer(mpIBeam);
 }
 
 void cEditChild::onInitData() {

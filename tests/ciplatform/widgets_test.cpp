@@ -7,8 +7,12 @@
 #include "ciom/combo.h"
 #include "ciom/customform.h"
 #include "ciom/hint.h"
+#include "ciom/link.h"
+#include "ciom/pictzones.h"
+#include "ciom/progress.h"
 #include "ciom/scrollable.h"
 #include "ciom/scrollbar.h"
+#include "ciom/selstatic.h"
 #include "ciom/static.h"
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
@@ -449,4 +453,124 @@ TEST_F(Widgets, AComboBoxListOpensBelowOrAboveAndTakesAClick) {
   form.combo.removeItem(50);
   EXPECT_EQ(form.combo.selected(), -1);
   EXPECT_STREQ(form.combo.edit()->text(), "");
+}
+
+namespace {
+
+// A form with one of each small element, recording (element, code) of their actions.
+class cSmallForm : public cCustomForm {
+public:
+  cSelectableStaticChild label;
+  cLinkChild link;
+  cPictureZonesChild picture;
+  cProgressChild progress;
+  std::vector<std::pair<cChildElement*, int>> got;
+  int zone = -1;
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    label.setText("Label", -1, false);
+    link.setText("A link", -1, false);
+    clientArea()->attach(&label, 10, 10, 100, 20);
+    clientArea()->attach(&link, 10, 40, 100, 20);
+    clientArea()->attach(&picture, 150, 10, 100, 60);
+    clientArea()->attach(&progress, 10, 100, 200, 16);
+    picture.setZone(3, {80, 0, 20, 20}, "Close");
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (source == &label || source == &link || source == &picture) {
+      if (action->code != cChildAction::acFocus && action->code != cChildAction::acFocusRequest)
+        got.emplace_back(source, action->code);
+      if (source == &picture && action->code == cPictureZonesChild::cZoneAction::kCode)
+        zone = static_cast<cPictureZonesChild::cZoneAction*>(action)->zone;
+    }
+    return cCustomForm::onAction(source, action);
+  }
+};
+
+} // namespace
+
+TEST_F(Widgets, TheSmallElementsRaiseTheirActions) {
+  cSmallForm form;
+  const auto window = open(&form, 300, 200);
+  using tGot = std::vector<std::pair<cChildElement*, int>>;
+  cChildElement* label = &form.label;
+
+  // A label: selected by a press (a press on it once selected raises nothing), activated by a
+  // double click or Enter, + and - (the keypad's once, though its character follows the key), the
+  // context request.
+  static unsigned now = 50000;
+  cChildElement::setTicks([] { return now += 100; });
+  const sPoint at = centreOf(label);
+  nsoff::click(at.x, at.y);
+  nsoff::click(at.x, at.y);
+  nsoff::runUntilIdle();
+  cChildElement::setTicks(nullptr);
+  nsoff::key(397);
+  nsoff::type("+-");
+  nsoff::key(427);
+  nsoff::type("+");
+  nsoff::click(at.x, at.y, 2);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(
+      form.got,
+      (tGot{{label, 6}, {label, 7}, {label, 7}, {label, 8}, {label, 9}, {label, 8}, {label, 2}}));
+  EXPECT_TRUE(form.label.hasFocus());
+
+  // A link: a click and Enter; a press dragged off it is no click; the hand pointer.
+  form.got.clear();
+  const sPoint link = centreOf(&form.link);
+  nsoff::move(link.x, link.y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(nsoff::topWindow().pointer, mpHand);
+  nsoff::click(link.x, link.y);
+  nsoff::button(link.x, link.y, 1, true);
+  nsoff::move(link.x, link.y + 40);
+  nsoff::button(link.x, link.y + 40, 1, false);
+  nsoff::runUntilIdle();
+  form.link.focus();
+  nsoff::runUntilIdle();
+  nsoff::key(397);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.got, (tGot{{&form.link, 0}, {&form.link, 0}}));
+
+  // A picture: a click in its zone raises the zone's id; elsewhere nothing.
+  form.got.clear();
+  sPoint pic;
+  form.picture.absPos(pic);
+  nsoff::click(pic.x + 5, pic.y + 5);
+  nsoff::move(pic.x + 90, pic.y + 10);
+  nsoff::runUntilIdle();
+  const auto handle = static_cast<NSWND>(form.winTarget()->_rt_rawhandle());
+  int pointer = -1;
+  for (const nsoff::sWindowInfo& w : nsoff::windows()) {
+    if (w.handle == handle) pointer = w.pointer;
+  }
+  EXPECT_EQ(pointer, mpHand);
+  EXPECT_STREQ(form.picture.hint(), "Close"); // the zone's hint shows
+  nsoff::click(pic.x + 90, pic.y + 10);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form.got, (tGot{{&form.picture, 6}}));
+  EXPECT_EQ(form.zone, 3);
+}
+
+TEST_F(Widgets, AProgressBarFillsItsShareOrRunsBusy) {
+  cSmallForm form;
+  const auto window = open(&form, 300, 200);
+  cProgressChild& bar = form.progress;
+  const struct {
+    long long done, total;
+    int filled;
+  } cases[] = {{30, 120, 50}, {-5, 100, 0}, {500, 100, 200}, {7, 0, 200}, {1, 3, 66}};
+  for (const auto& c : cases) {
+    bar.setProgress(c.done, c.total);
+    EXPECT_EQ(bar.filledWidth(), c.filled) << c.done << "/" << c.total;
+  }
+  bar.setBusy(true);
+  const int start = bar.stripeOffset();
+  nsoff::advanceClock(cProgressChild::kStripeMs);
+  nsoff::advanceClock(cProgressChild::kStripeMs);
+  EXPECT_EQ(bar.stripeOffset(), (start + 2) % 16);
+  bar.setBusy(false);
+  nsoff::advanceClock(10 * cProgressChild::kStripeMs);
+  EXPECT_EQ(bar.stripeOffset(), (start + 2) % 16);
 }

@@ -1,0 +1,26 @@
+// A link: underlined text in the accent colour, with the hand pointer; a click (pressed
+// and released on it), or Enter or Space while it has the focus, raises a code-0 action.
+#pragma once
+
+#include "element.h"
+
+class cLinkChild : public cChildElement {
+public:
+  void setColour(unsigned colour);
+  bool wantedSize(sSize& size);
+  bool hot() const { return myHot; }
+
+  void onPaint(cCanvas* canvas) override;
+  void onMouseButton(int x, int y, int button, bool down) override;
+  void onMouseOver() override;
+  void onMouseLeft() override;
+  bool onKey(int key, bool shift, bool ctrl, bool alt) override;
+  void onLooseFocus(bool, bool) override { repaint(); }
+  bool wantTabStop() override { return true; }
+  bool wantAcceptFoucs() override { return true; }
+  eMousePointerTypes defaultPointer() override { return mpHand; }
+
+private:
+  unsigned myColour = 0xFF000000; // the theme's accent until set
+  bool myHot = false, myPressed = false;
+};
