@@ -268,6 +268,16 @@ void cXlibPlatform::handle(XEvent& ev) {
     if (ev.xproperty.state == PropertyDelete) continueIncr(ev.xproperty);
     myLastTime = ev.xproperty.time;
     return;
+  case MappingNotify:
+    // The keyboard was remapped (a layout switch, or a tool that binds a character to a
+    // spare key to type it): the keys that follow must be read with the new map.
+    if (ev.xmapping.request != MappingPointer) {
+      XRefreshKeyboardMapping(&ev.xmapping);
+      // Read the new map now rather than at the next key: a tool that binds a spare key
+      // for one character unbinds it right after typing it.
+      XkbKeycodeToKeysym(myDisplay, static_cast<KeyCode>(ev.xmapping.first_keycode), 0, 0);
+    }
+    return;
   default:
     break;
   }
