@@ -4,6 +4,7 @@
 
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
+#include "controlsform.h"
 
 namespace {
 
@@ -16,7 +17,8 @@ void cDemoForm::onConstruct() {
   cPanelChild* panel = clientArea();
   myTitle.setTransparent(true);
   myTitle.setFont(stdFontBold());
-  myTitle.setText("Each button opens one of the toolkit's standard windows.", -1, false);
+  myTitle.setText("Each button opens one of the toolkit's standard windows, or its controls.", -1,
+                  false);
   panel->anchor(&myTitle, 10, 10, ~10, 20);
 
   panel->attach(&myButtons, 10, 40, 0, 24);
@@ -26,6 +28,8 @@ void cDemoForm::onConstruct() {
   myButtons.addButton(kConfirm, "Confirm", "confirmbox: Yes or No");
   myButtons.addButton(kWarnConfirm, "Warn and confirm", "warnconfirmbox: Yes or No");
   myButtons.addButton(kPopup, "Popup menu", "A popup list below the button");
+  myButtons.addButton(kControls, "Controls",
+                      "Edit boxes, a drop-down list, splitters, scroll bars");
   myButtons.move(10, 40, myButtons.wantedWidth(), 24);
 
   myHintLabel.setTransparent(true);
@@ -99,6 +103,13 @@ bool cDemoForm::onAction(cChildElement* source, cChildAction* action) {
     button->absPos(at);
     const int chosen = cPopupMaster::simplePopup(this, items, at.x, at.y + button->height());
     answer(chosen < 0 ? "popup: dismissed" : std::string("popup: ") + names[chosen - 1]);
+    break;
+  }
+  case kControls: {
+    cControlsForm controls([this](const std::string& text) { answer(text); });
+    if (myControlsHook) myControlsHook(&controls);
+    controls.modal("Controls", 640, 380, this, true);
+    if (myControlsHook) myControlsHook(nullptr);
     break;
   }
   default:

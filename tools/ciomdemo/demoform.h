@@ -1,16 +1,20 @@
-// The demonstration form: a row of buttons that open each message box and a popup menu,
-// a label with a tooltip, and a line that shows the last answer.
+// The demonstration form: a row of buttons that open each message box, a popup menu and
+// the form of controls (controlsform.h), a label with a tooltip, and a line that shows
+// the last answer.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "ciom/customform.h"
 #include "ciom/static.h"
 #include "ciom/toolbar.h"
 
+class cControlsForm;
+
 class cDemoForm : public cCustomForm {
 public:
-  enum eButton { kInfo = 1, kWarning, kError, kConfirm, kWarnConfirm, kPopup };
+  enum eButton { kInfo = 1, kWarning, kError, kConfirm, kWarnConfirm, kPopup, kControls };
 
   // With quit set, the form closes its window after the first button's work is done.
   void setQuitAfterOne(bool quit) { myQuit = quit; }
@@ -18,6 +22,10 @@ public:
   void press(int id);
   const std::string& lastAnswer() const { return myAnswer; }
   cToolBarChild& buttons() { return myButtons; }
+  // Called with the controls form once it is built and again (null) when it has closed.
+  void setControlsHook(std::function<void(cControlsForm*)> hook) {
+    myControlsHook = std::move(hook);
+  }
   cStaticChild& hintLabel() { return myHintLabel; }
 
   void onConstruct() override;
@@ -31,4 +39,5 @@ private:
   cStaticChild myTitle, myHintLabel, myAnswerLine;
   std::string myAnswer;
   bool myQuit = false;
+  std::function<void(cControlsForm*)> myControlsHook;
 };

@@ -2,10 +2,11 @@
 //
 //   ciomdemo                 the form; Escape or closing the window ends it
 //   ciomdemo --show NAME     presses one button at once and ends after it; NAME is info,
-//                            warning, error, confirm, warnconfirm or popup
+//                            warning, error, confirm, warnconfirm, popup or controls
 //   ciomdemo --shots DIR     (with QVRACI_PLATFORM=offscreen) walks through the form, a
-//                            tooltip, a message box and the popup menu, and writes a
-//                            picture of the desktop at each step into DIR
+//                            tooltip, a message box, the popup menu and the controls
+//                            (typed into, the list scrolled, the drop-down list open), and
+//                            writes a picture of the desktop at each step into DIR
 //
 // Every answer is printed on its own line ("confirm: yes", "popup: Delete", ...).
 #include <cstdio>
@@ -16,22 +17,23 @@
 #include <vector>
 
 #include "ciplatform/nswmaker.h"
+#include "controlsform.h"
 #include "demoform.h"
 #include "nslib/nsoffscreen.h"
 
 namespace {
 
-constexpr int kEnter = 397, kEscape = 283, kDown = 340;
+constexpr int kEnter = 397, kEscape = 283, kDown = 340, kLeft = 337, kEnd = 343;
 
 int usage() {
-  std::fprintf(stderr, "usage: ciomdemo [--show info|warning|error|confirm|warnconfirm|popup]"
-                       " [--shots DIR]\n");
+  std::fprintf(stderr, "usage: ciomdemo [--show info|warning|error|confirm|warnconfirm|popup|"
+                       "controls] [--shots DIR]\n");
   return 2;
 }
 
 int buttonNamed(const char* name) {
-  const char* names[] = {"info", "warning", "error", "confirm", "warnconfirm", "popup"};
-  for (int i = 0; i < 6; ++i) {
+  const char* names[] = {"info", "warning", "error", "confirm", "warnconfirm", "popup", "controls"};
+  for (int i = 0; i < 7; ++i) {
     if (std::strcmp(name, names[i]) == 0) return cDemoForm::kInfo + i;
   }
   return 0;
@@ -83,6 +85,29 @@ bool shots(cDemoForm& form, const std::string& dir) {
                                        nsoff::key(kDown);
                                      },
                                      [&] { shot("popup"); }, [] { nsoff::key(kEscape); }});
+
+  // The controls: text typed and selected, the list scrolled, then the drop-down list.
+  cControlsForm* controls = nullptr;
+  form.setControlsHook([&](cControlsForm* f) { controls = f; });
+  pressAndAnswer(cDemoForm::kControls,
+                 {[&] {
+                    nsoff::key(kEnd);
+                    nsoff::type(" \xc3\xa9t\xc3\xa9 \xe6\x97\xa5\xe6\x9c\xac");
+                    nsoff::key(kLeft, {true, false, false, false});
+                    nsoff::key(kLeft, {true, false, false, false});
+                  },
+                  [&] {
+                    controls->list().scrollTo(0, 95);
+                    controls->list().label(6)->select();
+                  },
+                  [&] { shot("controls"); },
+                  [&] {
+                    const sPoint at = centre(&controls->hits());
+                    nsoff::click(at.x, at.y);
+                  },
+                  [] { nsoff::key(kDown); }, [&] { shot("controls-list"); },
+                  [] { nsoff::key(kEnter); }, [] { nsoff::key(kEscape); }});
+  form.setControlsHook(nullptr);
   nsoff::setIdleHook(nullptr);
   return ok;
 }
