@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kFaceEdge = 3; // unstretched columns at each side of a face element
 constexpr int kTextColour = 13, kDisabledTextColour = 8;
-constexpr int kKeyEnter = 397, kKeySpace = 32;
 
 } // namespace
 

@@ -13,7 +13,6 @@
 
 namespace {
 
-enum eKey { kSpace = 32, kHome = 336, kEnd = 343, kF4 = 449 };
 // The list: the field's text colour on white, the accent behind the highlighted item.
 constexpr int kListText = 13, kListGround = 14, kListHighlight = 16, kListFrame = 25;
 
@@ -195,7 +194,7 @@ void cComboBoxChild::onMouseLeft() {
 
 bool cComboBoxChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   if (shift || ctrl) return false;
-  if ((key == kKeyDown && alt) || (key == kF4 && !alt) || (key == kSpace && !alt)) {
+  if ((key == kKeyDown && alt) || (key == kKeyF4 && !alt) || (key == kKeySpace && !alt)) {
     openList();
     return true;
   }
@@ -207,10 +206,10 @@ bool cComboBoxChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   case kKeyDown:
     step(1);
     return true;
-  case kHome:
+  case kKeyHome:
     step(-2);
     return true;
-  case kEnd:
+  case kKeyEnd:
     step(2);
     return true;
   default:

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr int kEnter = 397, kEscape = 283;
 constexpr int kTopMarginDim = 0, kSideInsetDim = 1, kBottomMarginDim = 2, kFormColour = 0;
 
 } // namespace
@@ -45,8 +44,8 @@ void cCustomForm::setCustomDraw(unsigned colour, bool on) {
 
 bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {
   if (!shift && !ctrl && !alt) {
-    if (key == kEnter && onFormAccept()) return true;
-    if (key == kEscape && onFormCancel()) return true;
+    if (key == kKeyEnter && onFormAccept()) return true;
+    if (key == kKeyEscape && onFormCancel()) return true;
   }
   return cChildElement::processKey(key, shift, ctrl, alt);
 }

@@ -5,24 +5,6 @@
 #include "base/str.h"
 #include "edit.h"
 
-namespace {
-
-enum eKey {
-  kBackspace = 264,
-  kEscape = 283,
-  kHome = 336,
-  kLeft = 337,
-  kUp = 338,
-  kRight = 339,
-  kDown = 340,
-  kEnd = 343,
-  kInsert = 355,
-  kEnter = 397,
-  kDelete = 511,
-};
-
-} // namespace
-
 // --- caret and selection -----------------------------------------------------------------
 
 long long cEditChild::nextPos(long long i) const {
@@ -161,7 +143,7 @@ bool cEditChild::onChar(unsigned short unit, bool, bool ctrl, bool) {
 bool cEditChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   if (alt) return false;
   switch (key) {
-  case kDelete:
+  case kKeyDelete:
     if (myReadonly) return true;
     if (shift) {
       cb_cut();
@@ -171,7 +153,7 @@ bool cEditChild::onKey(int key, bool shift, bool ctrl, bool alt) {
       changed(ekOther);
     }
     return true;
-  case kBackspace:
+  case kKeyBackspace:
     if (myReadonly) return true;
     if (!deleteSelection() && myCaret > 0) {
       remember(ekOther);
@@ -179,17 +161,17 @@ bool cEditChild::onKey(int key, bool shift, bool ctrl, bool alt) {
       changed(ekOther);
     }
     return true;
-  case kEnter:
-    notifyAction(new cEditKeyAction(kEnter));
+  case kKeyEnter:
+    notifyAction(new cEditKeyAction(kKeyEnter));
     return true;
-  case kEscape:
+  case kKeyEscape:
     if (hasSelection()) {
       cancelSelection();
     } else {
-      notifyAction(new cEditKeyAction(kEscape));
+      notifyAction(new cEditKeyAction(kKeyEscape));
     }
     return true;
-  case kInsert:
+  case kKeyInsert:
     if (!ctrl && !shift) return false;
     if (ctrl) {
       cb_copy();
@@ -197,18 +179,18 @@ bool cEditChild::onKey(int key, bool shift, bool ctrl, bool alt) {
       cb_paste();
     }
     return true;
-  case kHome:
-  case kUp:
+  case kKeyHome:
+  case kKeyUp:
     moveCaret(0, shift);
     return true;
-  case kEnd:
-  case kDown:
+  case kKeyEnd:
+  case kKeyDown:
     moveCaret(myLength, shift);
     return true;
-  case kLeft:
+  case kKeyLeft:
     moveCaret(ctrl ? wordLeft(myCaret) : prevPos(myCaret), shift);
     return true;
-  case kRight:
+  case kKeyRight:
     moveCaret(ctrl ? wordRight(myCaret) : nextPos(myCaret), shift);
     return true;
   default:

@@ -37,15 +37,29 @@ class cChildElement {
 public:
   using cChildAction = ::cChildAction;
 
-  // Key codes of the keys the core itself handles (X keysym - 0xFE00).
+  // Key codes of the keys that the core and the widgets handle: X keysym - 0xFE00, and
+  // the ASCII code for the space bar.
   enum eKeys {
+    kKeySpace = 32,
+    kKeyBackspace = 264,
     kKeyTab = 265,
+    kKeyEscape = 283,
+    kKeyHome = 336,
     kKeyLeft = 337,
     kKeyUp = 338,
     kKeyRight = 339,
     kKeyDown = 340,
+    kKeyPageUp = 341,
+    kKeyPageDown = 342,
+    kKeyEnd = 343,
+    kKeyInsert = 355,
     kKeyMenu = 359,
+    kKeyEnter = 397,
+    kKeyKeypadPlus = 427,
+    kKeyKeypadMinus = 429,
+    kKeyF4 = 449,
     kKeyF10 = 455,
+    kKeyDelete = 511,
   };
   static constexpr unsigned kDoubleClickMs = 499;
   static constexpr int kDoubleClickDistance = 2;

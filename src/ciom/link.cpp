@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int kEnter = 397, kSpace = 32;
 constexpr int kAccentDark = 17, kDisabled = 8;
 
 // Theme colour 16 is the accent; the link takes the darker edge of the accent artwork so
@@ -88,7 +87,7 @@ void cLinkChild::onMouseLeft() {
 }
 
 bool cLinkChild::onKey(int key, bool shift, bool ctrl, bool alt) {
-  if ((key != kEnter && key != kSpace) || shift || ctrl || alt) return false;
+  if ((key != kKeyEnter && key != kKeySpace) || shift || ctrl || alt) return false;
   notifyAction();
   return true;
 }

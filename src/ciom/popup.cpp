@@ -10,9 +10,6 @@ namespace {
 
 constexpr int kTextColour = 14, kBackgroundColour = 4, kHighlightColour = 21;
 constexpr int kFrameColour = 25, kDisabledColour = 8;
-// Up and Down are the element core's own kKeyUp and kKeyDown.
-constexpr int kKeyEnter = 397, kKeyEscape = 283;
-constexpr int kKeyHome = 336, kKeyEnd = 343;
 constexpr unsigned kTypeAheadMs = 1000;
 
 unsigned themeOr(unsigned colour, int themeColour) {

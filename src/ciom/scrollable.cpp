@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr int kPageUp = 341, kPageDown = 342, kHome = 336, kEnd = 343;
 constexpr int kTrackColour = 0; // the corner between two bars
 
 } // namespace
@@ -136,16 +135,16 @@ bool cScrollableElement::onKey(int key, bool, bool ctrl, bool alt) {
   const sSize view = viewSize();
   const int page = std::max(mySteps.height, view.height - mySteps.height);
   switch (key) {
-  case kPageUp:
+  case kKeyPageUp:
     scrollBy(0, -page);
     return true;
-  case kPageDown:
+  case kKeyPageDown:
     scrollBy(0, page);
     return true;
-  case kHome:
-  case kEnd:
+  case kKeyHome:
+  case kKeyEnd:
     if (!ctrl) return false;
-    scrollTo(myOffset.x, key == kHome ? 0 : scrollRange().height);
+    scrollTo(myOffset.x, key == kKeyHome ? 0 : scrollRange().height);
     return true;
   case kKeyUp:
   case kKeyDown:

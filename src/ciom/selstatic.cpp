@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr int kEnter = 397, kKeypadPlus = 427, kKeypadMinus = 429;
 constexpr int kInk = 13, kWhite = 14, kAccent = 16;
 
 } // namespace
@@ -101,13 +100,13 @@ bool cSelectableStaticChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   myKeypadSign = false;
   if (shift || ctrl || alt) return false;
   switch (key) {
-  case kEnter:
+  case kKeyEnter:
     notifyAction(new cChildAction(kActivated));
     return true;
-  case kKeypadPlus:
-  case kKeypadMinus:
+  case kKeyKeypadPlus:
+  case kKeyKeypadMinus:
     // The key's character follows it; the request is raised once.
-    notifyAction(new cChildAction(key == kKeypadPlus ? kExpand : kCollapse));
+    notifyAction(new cChildAction(key == kKeyKeypadPlus ? kExpand : kCollapse));
     myKeypadSign = true;
     return true;
   default:

@@ -11,17 +11,6 @@
 
 namespace {
 
-enum eKey {
-  kBackspace = 264,
-  kEscape = 283,
-  kHome = 336,
-  kLeft = 337,
-  kRight = 339,
-  kEnd = 343,
-  kInsert = 355,
-  kEnter = 397,
-  kDelete = 511,
-};
 constexpr sNSModifiers kShift{true, false, false, false};
 constexpr sNSModifiers kCtrl{false, true, false, false};
 constexpr sNSModifiers kCtrlShift{true, true, false, false};
@@ -98,7 +87,7 @@ TEST_F(Edit, TheMaximumLengthHoldsForTypingAndPasting) {
   EXPECT_EQ(form.edit.maxLen(), 5);
   type("abcdef");
   EXPECT_EQ(text(), "abcde"); // the sixth character is dropped
-  key(kHome);
+  key(cChildElement::kKeyHome);
   type("X"); // a full box takes nothing, and keeps its tail
   EXPECT_EQ(text(), "abcde");
 
@@ -110,7 +99,7 @@ TEST_F(Edit, TheMaximumLengthHoldsForTypingAndPasting) {
   form.edit.setText("12345");
   form.edit.setCaret(2);
   setClipboard("ab");
-  key(kInsert, kShift);
+  key(cChildElement::kKeyInsert, kShift);
   EXPECT_EQ(text(), "12ab3");
   EXPECT_EQ(form.edit.caret(), 4);
 
@@ -162,7 +151,7 @@ TEST_F(Edit, PasswordsAndReadOnlyBoxesKeepTheirText) {
   key('A', kCtrl);
   key('C', kCtrl);
   key('X', kCtrl);
-  key(kInsert, kCtrl);
+  key(cChildElement::kKeyInsert, kCtrl);
   EXPECT_EQ(clipboard(), "before"); // a password is never copied
   EXPECT_EQ(text(), "secret");      // nor cut
 
@@ -171,9 +160,9 @@ TEST_F(Edit, PasswordsAndReadOnlyBoxesKeepTheirText) {
   form.edit.setText("fixed");
   key('A', kCtrl);
   type("zz");
-  key(kBackspace);
-  key(kDelete);
-  key(kDelete, kShift);
+  key(cChildElement::kKeyBackspace);
+  key(cChildElement::kKeyDelete);
+  key(cChildElement::kKeyDelete, kShift);
   key('V', kCtrl);
   key('X', kCtrl);
   EXPECT_EQ(text(), "fixed");
@@ -183,43 +172,43 @@ TEST_F(Edit, PasswordsAndReadOnlyBoxesKeepTheirText) {
 
 TEST_F(Edit, ShiftWithArrowsGrowsShrinksAndReplacesTheSelection) {
   form.edit.setText("abcdef");
-  key(kHome);
-  key(kRight, kShift);
-  key(kRight, kShift);
+  key(cChildElement::kKeyHome);
+  key(cChildElement::kKeyRight, kShift);
+  key(cChildElement::kKeyRight, kShift);
   EXPECT_EQ(sel(), std::make_pair(0LL, 1LL));
-  key(kLeft, kShift); // shrinks from the side the caret is on
+  key(cChildElement::kKeyLeft, kShift); // shrinks from the side the caret is on
   EXPECT_EQ(sel(), std::make_pair(0LL, 0LL));
-  key(kLeft, kShift); // to nothing
+  key(cChildElement::kKeyLeft, kShift); // to nothing
   EXPECT_EQ(sel(), std::make_pair(-1LL, -1LL));
-  key(kEnd);
-  key(kLeft, kShift);
-  key(kLeft, kShift);
+  key(cChildElement::kKeyEnd);
+  key(cChildElement::kKeyLeft, kShift);
+  key(cChildElement::kKeyLeft, kShift);
   EXPECT_EQ(sel(), std::make_pair(4LL, 5LL));
-  key(kHome, kShift); // grows leftwards from the fixed end
+  key(cChildElement::kKeyHome, kShift); // grows leftwards from the fixed end
   EXPECT_EQ(sel(), std::make_pair(0LL, 5LL));
   EXPECT_EQ(form.edit.caret(), 0);
   // A move that does not start at an edge replaces the selection.
   form.edit.select(1, 2);
   form.edit.processSelectKbd(5, 6);
   EXPECT_EQ(sel(), std::make_pair(5LL, 5LL));
-  key(kRight); // a plain move ends the selection
+  key(cChildElement::kKeyRight); // a plain move ends the selection
   EXPECT_FALSE(form.edit.hasSelection());
 }
 
 TEST_F(Edit, CtrlArrowsMoveOverWordsAndTheBlanksNextToThem) {
   form.edit.setText("one  two three");
-  key(kHome);
+  key(cChildElement::kKeyHome);
   const long long rights[] = {5, 9, 14, 14};
   for (const long long expected : rights) {
-    key(kRight, kCtrl);
+    key(cChildElement::kKeyRight, kCtrl);
     EXPECT_EQ(form.edit.caret(), expected);
   }
   const long long lefts[] = {9, 5, 0, 0};
   for (const long long expected : lefts) {
-    key(kLeft, kCtrl);
+    key(cChildElement::kKeyLeft, kCtrl);
     EXPECT_EQ(form.edit.caret(), expected);
   }
-  key(kRight, kCtrlShift);
+  key(cChildElement::kKeyRight, kCtrlShift);
   EXPECT_EQ(sel(), std::make_pair(0LL, 4LL));
 }
 
@@ -263,7 +252,7 @@ TEST_F(Edit, TheCaretStaysInViewOfALongText) {
   EXPECT_GT(form.edit.scrollX(), 0);
   EXPECT_GE(caretX, cEditChild::kPadding);
   EXPECT_LT(caretX, form.edit.width() - cEditChild::kPadding);
-  key(kHome);
+  key(cChildElement::kKeyHome);
   EXPECT_EQ(form.edit.scrollX(), 0);
   // Dragging past the right edge follows the pointer.
   sPoint p;
@@ -280,15 +269,15 @@ TEST_F(Edit, ASurrogatePairIsOneCharacter) {
   type("a\xF0\x9F\x98\x80"
        "b"); // a, U+1F600, b
   ASSERT_EQ(form.edit.length(), 4);
-  key(kLeft);
-  key(kLeft);
+  key(cChildElement::kKeyLeft);
+  key(cChildElement::kKeyLeft);
   EXPECT_EQ(form.edit.caret(), 1); // over the pair at once
-  key(kRight, kShift);
+  key(cChildElement::kKeyRight, kShift);
   EXPECT_EQ(sel(), std::make_pair(1LL, 2LL));
-  key(kDelete);
+  key(cChildElement::kKeyDelete);
   EXPECT_EQ(text(), "ab");
   type("\xF0\x9F\x98\x80");
-  key(kBackspace);
+  key(cChildElement::kKeyBackspace);
   EXPECT_EQ(text(), "ab");
   form.edit.setText("\xF0\x9F\x98\x80");
   form.edit.select(0, 0); // half a pair widens to the pair
@@ -307,16 +296,16 @@ TEST_F(Edit, ASurrogatePairIsOneCharacter) {
 
 TEST_F(Edit, EnterAndEscapeReportTheirKeyAndUndoRestores) {
   type("abc");
-  key(kEnter);
-  key(kEscape);
-  EXPECT_EQ(form.keys, (std::vector<int>{kEnter, kEscape}));
+  key(cChildElement::kKeyEnter);
+  key(cChildElement::kKeyEscape);
+  EXPECT_EQ(form.keys, (std::vector<int>{cChildElement::kKeyEnter, cChildElement::kKeyEscape}));
   key('A', kCtrl);
-  key(kEscape); // with a selection, Escape only drops it
+  key(cChildElement::kKeyEscape); // with a selection, Escape only drops it
   EXPECT_EQ(form.keys.size(), 2u);
   EXPECT_FALSE(form.edit.hasSelection());
 
   type(" def");
-  key(kBackspace);
+  key(cChildElement::kKeyBackspace);
   EXPECT_EQ(text(), "abc de");
   key('Z', kCtrl);
   EXPECT_EQ(text(), "abc def");
@@ -332,7 +321,7 @@ TEST_F(Edit, EnterAndEscapeReportTheirKeyAndUndoRestores) {
 TEST_F(Edit, FocusSelectsAllUnlessAClickPlacesTheCaret) {
   form.edit.setText("hello");
   form.other.setText("world");
-  key(265); // Tab to the second box
+  key(cChildElement::kKeyTab); // to the second box
   EXPECT_TRUE(form.other.hasFocus());
   EXPECT_EQ(form.other.selFirst(), 0);
   EXPECT_EQ(form.other.selLast(), 4);
@@ -349,7 +338,7 @@ TEST_F(Edit, FocusSelectsAllUnlessAClickPlacesTheCaret) {
   nsoff::advanceClock(cEditChild::kBlinkMs);
   EXPECT_TRUE(form.edit.caretShown());
   nsoff::advanceClock(cEditChild::kBlinkMs);
-  key(kRight);
+  key(cChildElement::kKeyRight);
   EXPECT_TRUE(form.edit.caretShown());
   form.other.focus();
   nsoff::runUntilIdle();
