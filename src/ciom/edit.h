@@ -11,7 +11,8 @@
 // ctrl+Insert copy, shift+Insert paste, ctrl+A, ctrl+C, ctrl+V, ctrl+X, Home/Up, End/Down,
 // Left/Right (ctrl: by word), shift with any move selects; ctrl+Z undoes, ctrl+Y and
 // ctrl+shift+Z redo. Mouse: a press places the caret, a drag or shift+press selects, a
-// double click selects a word. Every change the user makes raises kChangedCode.
+// double click selects a word, a triple click everything. Every change the user makes
+// raises kChangedCode.
 #pragma once
 
 #include <vector>
@@ -209,6 +210,9 @@ private:
   bool myHover = false, myDragging = false, myFocusByMouse = false, myActive = true;
   long long myAnchor = 0; // where a drag or shift+click selection started
   bool myClickShift = false;
+  unsigned myDoubleClickAt = 0; // when the last double click came, for a triple click
+  int myDoubleClickX = 0;
+  bool myTripleClick = false;
   bool myCaretOn = false;
   cTimer myBlink;
   std::vector<sSnapshot> myUndo, myRedo;

@@ -1,6 +1,7 @@
 // The edit box's input: typed characters, the key table, caret moves and keyboard
 // selection, the mouse, focus and the blinking caret.
 #include <algorithm>
+#include <cstdlib>
 
 #include "base/str.h"
 #include "edit.h"
@@ -247,6 +248,16 @@ void cEditChild::onMouseButton(int x, int, int button, bool down) {
     myFocusByMouse = true; // the press places the caret: no select-on-focus
     focus();
   }
+  // A third press soon after a double click, at the same place, selects everything.
+  myTripleClick = false;
+  const unsigned now = ticks();
+  if (now > myDoubleClickAt && now - myDoubleClickAt <= kDoubleClickMs &&
+      std::abs(x - myDoubleClickX) <= kDoubleClickDistance) {
+    myDoubleClickAt = 0;
+    myTripleClick = true; // the core may take this press for another double click
+    selectAll();
+    return;
+  }
   const long long at = indexAt(x);
   if (myClickShift) {
     // Extends from the end of the selection the caret is not at.
@@ -282,8 +293,14 @@ void cEditChild::onMouseMoving(int x, int) {
 }
 
 void cEditChild::onMouseDoubleClick(int x, int) {
+  if (myTripleClick) {
+    myTripleClick = false;
+    return;
+  }
   if (myDragging) releasePointer();
   myDragging = false;
+  myDoubleClickAt = ticks();
+  myDoubleClickX = x;
   if (myLength == 0 || !layout(nullptr)) return;
   // The unit under the pointer, and the run of units like it (blank or not).
   const int target = x - kPadding + myScrollX;

@@ -175,6 +175,7 @@ public:
   // The clock of double clicks (milliseconds); tests replace it.
   using fTicks = unsigned (*)();
   static void setTicks(fTicks ticks);
+  static unsigned ticks(); // that clock now
 
   int width() const { return myRect.width; }
   int height() const { return myRect.height; }

@@ -19,6 +19,10 @@ void cChildElement::setTicks(fTicks ticks) {
   gTicks = ticks ? ticks : &ticks_ms;
 }
 
+unsigned cChildElement::ticks() {
+  return gTicks();
+}
+
 // --- mouse ------------------------------------------------------------------------------
 
 // The first visible, enabled child under (x, y), in order-number order, and the point in

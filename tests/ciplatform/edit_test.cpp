@@ -233,7 +233,8 @@ TEST_F(Edit, TheMouseSelectsByDragShiftClickAndDoubleClick) {
   nsoff::runUntilIdle();
   EXPECT_EQ(sel(), std::make_pair(1LL, 3LL));
 
-  // A double click selects the word under the pointer and puts the caret at its end.
+  // A double click selects the word under the pointer and puts the caret at its end; a
+  // triple click selects everything.
   static unsigned now = 10000;
   cChildElement::setTicks([] { return now += 100; });
   const sPoint word = at(8);
@@ -243,6 +244,11 @@ TEST_F(Edit, TheMouseSelectsByDragShiftClickAndDoubleClick) {
   cChildElement::setTicks(nullptr);
   EXPECT_EQ(sel(), std::make_pair(6LL, 9LL));
   EXPECT_EQ(form.edit.caret(), 10);
+  cChildElement::setTicks([] { return now += 100; });
+  nsoff::click(word.x + 2, word.y); // a third press: everything
+  nsoff::runUntilIdle();
+  cChildElement::setTicks(nullptr);
+  EXPECT_EQ(sel(), std::make_pair(0LL, 15LL));
 }
 
 TEST_F(Edit, TheCaretStaysInViewOfALongText) {
