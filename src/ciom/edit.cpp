@@ -246,6 +246,28 @@ bool cEditChild::cb_paste() {
   if (myReadonly) return false;
   _guardchar<char> utf8;
   if (!clipboardRequestText(utf8) || utf8.empty()) return false;
+  return insertPasted(utf8);
+}
+
+void cEditChild::offerPrimary() {
+  if (!hasSelection() || myPassword) return;
+  _guardchar<char> utf8;
+  unitsToUtf8(myText.data() + mySelFirst, mySelLast - mySelFirst + 1, utf8);
+  primaryCopyText(utf8.c_str(), utf8.length());
+}
+
+bool cEditChild::pastePrimary(long long at) {
+  if (myReadonly) return false;
+  _guardchar<char> utf8;
+  if (!primaryRequestText(utf8) || utf8.empty()) return false;
+  // Inserted where the pointer is, beside the selection (often the very text pasted),
+  // which is dropped rather than replaced.
+  cancelSelection();
+  myCaret = std::clamp<long long>(at, 0, myLength);
+  return insertPasted(utf8);
+}
+
+bool cEditChild::insertPasted(const _guardchar<char>& utf8) {
   _typebuf<unsigned short> wide;
   utf8ToUnits(utf8.c_str(), utf8.length(), wide);
   // One line: a line break (CR LF counts once) or a tab becomes a blank, other control

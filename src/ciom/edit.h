@@ -11,7 +11,8 @@
 // ctrl+Insert copy, shift+Insert paste, ctrl+A, ctrl+C, ctrl+V, ctrl+X, Home/Up, End/Down,
 // Left/Right (ctrl: by word), shift with any move selects; ctrl+Z undoes, ctrl+Y and
 // ctrl+shift+Z redo. Mouse: a press places the caret, a drag or shift+press selects, a
-// double click selects a word, a triple click everything. Every change the user makes
+// double click selects a word, a triple click everything; what the user selects is offered
+// as X's PRIMARY selection, which the middle button pastes. Every change the user makes
 // raises kChangedCode.
 #pragma once
 
@@ -103,6 +104,10 @@ public:
   bool cb_copy();
   bool cb_cut();
   bool cb_paste();
+  // X's other selection: what the user selects is offered as PRIMARY (never a password),
+  // and the middle button pastes it at the pointer.
+  void offerPrimary();
+  bool pastePrimary(long long at);
 
   long long caret() const { return myCaret; }
   long long selFirst() const { return mySelFirst; }
@@ -178,6 +183,8 @@ private:
   // the inserted units in; what follows is kept as far as it still fits.
   void replace(long long at, long long remove, const unsigned short* ins, long long n);
   bool insertUnits(const unsigned short* ins, long long n, eEditKind kind);
+  // Pasted text as one line (breaks become blanks, control characters go) at the caret.
+  bool insertPasted(const _guardchar<char>& utf8);
   void deleteRange(long long from, long long to); // caret positions, from < to
   void changed(eEditKind kind);
   void remember(eEditKind kind);

@@ -96,6 +96,8 @@ void cEditChild::moveCaret(long long to, bool shift) {
   const long long from = myCaret;
   if (shift) {
     processSelectKbd(from, to);
+    myCaret = to;
+    offerPrimary();
   } else {
     cancelSelection();
   }
@@ -201,6 +203,7 @@ bool cEditChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   switch (key) {
   case 'A':
     selectAll();
+    offerPrimary();
     return true;
   case 'C':
     cb_copy();
@@ -238,9 +241,20 @@ bool cEditChild::processMouseBtn(int x, int y, int button, bool down, bool shift
 }
 
 void cEditChild::onMouseButton(int x, int, int button, bool down) {
+  if (button == 3 && down) {
+    if (!hasFocus()) {
+      myFocusByMouse = true;
+      focus();
+    }
+    pastePrimary(indexAt(x));
+    return;
+  }
   if (button != 1) return;
   if (!down) {
-    if (myDragging) releasePointer();
+    if (myDragging) {
+      releasePointer();
+      offerPrimary();
+    }
     myDragging = false;
     return;
   }
@@ -256,6 +270,7 @@ void cEditChild::onMouseButton(int x, int, int button, bool down) {
     myDoubleClickAt = 0;
     myTripleClick = true; // the core may take this press for another double click
     selectAll();
+    offerPrimary();
     return;
   }
   const long long at = indexAt(x);
@@ -312,6 +327,7 @@ void cEditChild::onMouseDoubleClick(int x, int) {
   while (first > 0 && blankAt(first - 1) == blank) --first;
   while (end < myLength && blankAt(end) == blank) ++end;
   select(first, end - 1);
+  offerPrimary();
 }
 
 void cEditChild::onMouseOver() {

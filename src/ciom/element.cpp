@@ -601,6 +601,22 @@ bool cChildElement::clipboardRequestText(_guardchar<char>& out) {
   return true;
 }
 
+bool cChildElement::primaryCopyText(const char* text, long long len) {
+  cWindowRequestTarget* t = target();
+  if (!t || !text) return false;
+  return t->_rt_copy_primary(text, len < 0 ? static_cast<long long>(std::strlen(text)) : len);
+}
+
+bool cChildElement::primaryRequestText(_guardchar<char>& out) {
+  out.clear();
+  _typebuf<unsigned char> bytes;
+  cWindowRequestTarget* t = target();
+  if (!t || !t->_rt_request_primary(bytes)) return false;
+  out.set(reinterpret_cast<const char*>(bytes.count() ? bytes.data() : nullptr), bytes.count());
+  if (out.isNull()) out.set("");
+  return true;
+}
+
 bool cChildElement::clipboardRequest(_typebuf<unsigned char>& out) {
   out.clear();
   cWindowRequestTarget* t = target();

@@ -247,6 +247,9 @@ public:
   bool clipboardRequestText(_guardchar<char>& out);
   bool clipboardRequest(_typebuf<unsigned char>& out);
   bool clipboardTest(bool text);
+  // The selection pasted with the middle button (text, UTF-8).
+  bool primaryCopyText(const char* text, long long len);
+  bool primaryRequestText(_guardchar<char>& out);
   // Runs this element as a modal window over owner's (or this element's) window.
   int modal(const char* caption, int w, int h, cChildElement* owner, bool sizeable);
   cWindowHolder* popup(int x, int y, int w, int h, cChildElement* owner, bool activate);

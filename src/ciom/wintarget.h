@@ -50,6 +50,10 @@ public:
   virtual bool _rt_copy_raw(const void*, long long) { return false; }
   virtual bool _rt_request_copied_raw(_typebuf<unsigned char>&) { return false; }
   virtual bool _rt_request_has_copied(bool) { return false; }
+  // The selection that the middle button pastes (X's PRIMARY): text, apart from the
+  // clipboard.
+  virtual bool _rt_copy_primary(const void*, long long) { return false; }
+  virtual bool _rt_request_primary(_typebuf<unsigned char>&) { return false; }
   virtual void _rt_setminsize(int, int) {}
   virtual void _rt_setmaxsize(int, int) {}
   virtual bool _rt_winpossize(int&, int&, int&, int&) { return false; }

@@ -172,6 +172,14 @@ bool cNSWTranslator::_rt_copy_raw(const void* data, long long len) {
   return nswg_clip_set(nsClipRaw, data, len);
 }
 
+bool cNSWTranslator::_rt_copy_primary(const void* data, long long len) {
+  return nswg_clip_set(nsClipPrimary, data, len);
+}
+
+bool cNSWTranslator::_rt_request_primary(_typebuf<unsigned char>& out) {
+  return fetchClip(nsClipPrimary, out);
+}
+
 bool cNSWTranslator::_rt_request_copied_raw(_typebuf<unsigned char>& out) {
   return fetchClip(nsClipRaw, out);
 }

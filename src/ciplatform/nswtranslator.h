@@ -49,6 +49,8 @@ public:
   bool _rt_copy_text(const void* data, long long len) override;
   bool _rt_request_copied_text(_typebuf<unsigned char>& out) override;
   bool _rt_copy_raw(const void* data, long long len) override;
+  bool _rt_copy_primary(const void* data, long long len) override;
+  bool _rt_request_primary(_typebuf<unsigned char>& out) override;
   bool _rt_request_copied_raw(_typebuf<unsigned char>& out) override;
   bool _rt_request_has_copied(bool text) override;
   void _rt_setminsize(int w, int h) override;

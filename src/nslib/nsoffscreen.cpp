@@ -136,7 +136,11 @@ public:
   }
   bool clipSet(eNSClipKind kind, const void* data, long long len) override {
     const auto* bytes = static_cast<const unsigned char*>(data);
-    myClip.clear();
+    // Text and bytes share the clipboard; PRIMARY stands apart.
+    if (kind != nsClipPrimary) {
+      myClip.erase(nsClipText);
+      myClip.erase(nsClipRaw);
+    }
     myClip[kind].assign(bytes, bytes + len);
     return true;
   }

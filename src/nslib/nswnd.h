@@ -155,7 +155,9 @@ void nswg_timer_stop(unsigned id);
 
 // The clipboard: text (UTF-8) or raw bytes. Reading waits a few seconds at most for the
 // owner to answer.
-enum eNSClipKind { nsClipText = 0, nsClipRaw = 1 };
+// nsClipPrimary is text in X's PRIMARY selection: what the user selected last, pasted with
+// the middle button. It lives beside the clipboard and does not touch it.
+enum eNSClipKind { nsClipText = 0, nsClipRaw = 1, nsClipPrimary = 2 };
 bool nswg_clip_set(eNSClipKind kind, const void* data, long long len);
 bool nswg_clip_get(eNSClipKind kind, std::vector<unsigned char>& data);
 bool nswg_clip_has(eNSClipKind kind);

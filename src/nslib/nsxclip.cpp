@@ -1,6 +1,6 @@
-// The CLIPBOARD selection of the X11 backend: owned by a hidden window, text offered as
-// UTF8_STRING and text/plain;charset=utf-8, bytes as application/octet-stream; large
-// data in pieces (INCR) both ways.
+// The CLIPBOARD and PRIMARY selections of the X11 backend: owned by a hidden window, text
+// offered as UTF8_STRING and text/plain;charset=utf-8, bytes (CLIPBOARD only) as
+// application/octet-stream; large data in pieces (INCR) both ways.
 #include <X11/Xatom.h>
 #include <algorithm>
 #include <chrono>
@@ -48,6 +48,14 @@ Time cXlibPlatform::serverTime() {
 
 bool cXlibPlatform::clipSet(eNSClipKind kind, const void* data, long long len) {
   const auto* bytes = static_cast<const unsigned char*>(data);
+  if (kind == nsClipPrimary) {
+    myPrimaryData.assign(bytes, bytes + len);
+    myPrimaryTime = serverTime();
+    XSetSelectionOwner(myDisplay, XA_PRIMARY, myClipWindow, myPrimaryTime);
+    myPrimaryOwned = XGetSelectionOwner(myDisplay, XA_PRIMARY) == myClipWindow;
+    if (!myPrimaryOwned) myPrimaryData.clear();
+    return myPrimaryOwned;
+  }
   myClipData.assign(bytes, bytes + len);
   myClipKind = kind;
   // A fresh time: an older one loses to the current owner's, and the server ignores it.
@@ -68,12 +76,18 @@ void cXlibPlatform::answerSelection(XSelectionRequestEvent& req) {
   reply.property = None;
   // Old clients may name no property: the target then serves as one.
   const Atom property = req.property ? req.property : req.target;
-  const bool text = myClipKind == nsClipText, raw = myClipKind == nsClipRaw;
+  // What the selection asked for holds: PRIMARY only ever text.
+  const bool primary = req.selection == XA_PRIMARY;
+  const std::vector<unsigned char>& held = primary ? myPrimaryData : myClipData;
+  const Time heldSince = primary ? myPrimaryTime : myClipTime;
+  const bool text = primary ? myPrimaryOwned : myClipKind == nsClipText;
+  const bool raw = !primary && myClipKind == nsClipRaw;
   const Atom utf8 = atom("UTF8_STRING"), plain = atom("text/plain;charset=utf-8");
   const Atom octets = atom("application/octet-stream");
   const auto maxChunk =
       static_cast<size_t>(std::min(XMaxRequestSize(myDisplay) * 4 - 256, 262144L));
-  if (req.selection == atom("CLIPBOARD") && req.owner == myClipWindow && (text || raw)) {
+  const bool ours = primary || req.selection == atom("CLIPBOARD");
+  if (ours && req.owner == myClipWindow && (text || raw)) {
     if (req.target == atom("TARGETS")) {
       std::vector<long> targets{static_cast<long>(atom("TARGETS")),
                                 static_cast<long>(atom("TIMESTAMP"))};
@@ -84,22 +98,22 @@ void cXlibPlatform::answerSelection(XSelectionRequestEvent& req) {
                       static_cast<int>(targets.size()));
       reply.property = property;
     } else if (req.target == atom("TIMESTAMP")) {
-      const long time = static_cast<long>(myClipTime);
+      const long time = static_cast<long>(heldSince);
       XChangeProperty(myDisplay, req.requestor, property, XA_INTEGER, 32, PropModeReplace,
                       reinterpret_cast<const unsigned char*>(&time), 1);
       reply.property = property;
     } else if ((text && (req.target == utf8 || req.target == plain)) ||
                (raw && req.target == octets)) {
-      if (myClipData.size() > maxChunk) {
+      if (held.size() > maxChunk) {
         // Too big for one request: the requestor deletes the property for every piece.
         XSelectInput(myDisplay, req.requestor, PropertyChangeMask);
-        const long size = static_cast<long>(myClipData.size());
+        const long size = static_cast<long>(held.size());
         XChangeProperty(myDisplay, req.requestor, property, atom("INCR"), 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(&size), 1);
-        myIncr.push_back({req.requestor, property, req.target, myClipData, 0, nowMs()});
+        myIncr.push_back({req.requestor, property, req.target, held, 0, nowMs()});
       } else {
         XChangeProperty(myDisplay, req.requestor, property, req.target, 8, PropModeReplace,
-                        myClipData.data(), static_cast<int>(myClipData.size()));
+                        held.data(), static_cast<int>(held.size()));
       }
       reply.property = property;
     }
@@ -218,10 +232,11 @@ bool cXlibPlatform::readIncr(Atom property, std::vector<unsigned char>& out) {
   }
 }
 
-bool cXlibPlatform::convert(Atom target, std::vector<unsigned char>& out, Atom& type) {
+bool cXlibPlatform::convert(Atom selection, Atom target, std::vector<unsigned char>& out,
+                            Atom& type) {
   const Atom property = atom(kProperty);
   XDeleteProperty(myDisplay, myClipWindow, property);
-  XConvertSelection(myDisplay, atom("CLIPBOARD"), target, property, myClipWindow, myLastTime);
+  XConvertSelection(myDisplay, selection, target, property, myClipWindow, myLastTime);
   XEvent got;
   if (!waitForSelection(got) || got.xselection.property == None) return false;
   int format = 0;
@@ -231,20 +246,31 @@ bool cXlibPlatform::convert(Atom target, std::vector<unsigned char>& out, Atom& 
 }
 
 bool cXlibPlatform::clipGet(eNSClipKind kind, std::vector<unsigned char>& data) {
-  if (XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == myClipWindow) {
+  const Atom selection = kind == nsClipPrimary ? XA_PRIMARY : atom("CLIPBOARD");
+  const Window owner = XGetSelectionOwner(myDisplay, selection);
+  if (owner == myClipWindow) {
+    if (kind == nsClipPrimary) {
+      data = myPrimaryData;
+      return myPrimaryOwned;
+    }
     if (myClipKind != kind) return false;
     data = myClipData;
     return true;
   }
-  if (XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) == None) return false;
+  if (owner == None) return false;
   Atom type = 0;
-  if (kind == nsClipRaw) return convert(atom("application/octet-stream"), data, type);
-  if (convert(atom("UTF8_STRING"), data, type) ||
-      convert(atom("text/plain;charset=utf-8"), data, type))
+  if (kind == nsClipRaw) return convert(selection, atom("application/octet-stream"), data, type);
+  return readText(selection, data);
+}
+
+bool cXlibPlatform::readText(Atom selection, std::vector<unsigned char>& data) {
+  Atom type = 0;
+  if (convert(selection, atom("UTF8_STRING"), data, type) ||
+      convert(selection, atom("text/plain;charset=utf-8"), data, type))
     return true;
   // Last, Latin-1 text, widened to UTF-8.
   std::vector<unsigned char> latin;
-  if (!convert(XA_STRING, latin, type)) return false;
+  if (!convert(selection, XA_STRING, latin, type)) return false;
   data.clear();
   for (const unsigned char c : latin) {
     if (c < 0x80) {
@@ -258,14 +284,15 @@ bool cXlibPlatform::clipGet(eNSClipKind kind, std::vector<unsigned char>& data) 
 }
 
 bool cXlibPlatform::clipHas(eNSClipKind kind) {
-  const Window owner = XGetSelectionOwner(myDisplay, atom("CLIPBOARD"));
-  if (owner == myClipWindow) return myClipKind == kind;
+  const Atom selection = kind == nsClipPrimary ? XA_PRIMARY : atom("CLIPBOARD");
+  const Window owner = XGetSelectionOwner(myDisplay, selection);
+  if (owner == myClipWindow) return kind == nsClipPrimary ? myPrimaryOwned : myClipKind == kind;
   if (owner == None) return false;
   std::vector<unsigned char> list;
   Atom type = 0;
-  if (!convert(atom("TARGETS"), list, type)) return false;
+  if (!convert(selection, atom("TARGETS"), list, type)) return false;
   std::vector<Atom> wanted;
-  if (kind == nsClipText)
+  if (kind != nsClipRaw)
     wanted = {atom("UTF8_STRING"), atom("text/plain;charset=utf-8"), XA_STRING};
   else
     wanted = {atom("application/octet-stream")};

@@ -262,7 +262,13 @@ void cXlibPlatform::handle(XEvent& ev) {
     answerSelection(ev.xselectionrequest);
     return;
   case SelectionClear:
-    if (ev.xselectionclear.window == myClipWindow) myClipKind = -1, myClipData.clear();
+    if (ev.xselectionclear.window != myClipWindow) return;
+    if (ev.xselectionclear.selection == atom("PRIMARY")) {
+      myPrimaryOwned = false;
+      myPrimaryData.clear();
+    } else {
+      myClipKind = -1, myClipData.clear();
+    }
     return;
   case PropertyNotify:
     if (ev.xproperty.state == PropertyDelete) continueIncr(ev.xproperty);

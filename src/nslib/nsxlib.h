@@ -85,7 +85,8 @@ private:
   Time serverTime();
   void answerSelection(XSelectionRequestEvent& req);
   void continueIncr(XPropertyEvent& ev);
-  bool convert(Atom target, std::vector<unsigned char>& out, Atom& type);
+  bool convert(Atom selection, Atom target, std::vector<unsigned char>& out, Atom& type);
+  bool readText(Atom selection, std::vector<unsigned char>& out);
   bool waitForSelection(XEvent& got);
   bool readIncr(Atom property, std::vector<unsigned char>& out);
   bool waitForProperty(Atom property);
@@ -110,6 +111,10 @@ private:
   // Clipboard: the hidden window that owns it and what we offer.
   Window myClipWindow = 0;
   Time myClipTime = CurrentTime;
+  // The PRIMARY selection while we own it: text only.
+  bool myPrimaryOwned = false;
+  std::vector<unsigned char> myPrimaryData;
+  Time myPrimaryTime = CurrentTime;
   int myClipKind = -1;
   std::vector<unsigned char> myClipData;
   std::vector<sIncrOut> myIncr;

@@ -224,6 +224,17 @@ TEST_F(Edit, TheMouseSelectsByDragShiftClickAndDoubleClick) {
   EXPECT_EQ(sel(), std::make_pair(2LL, 7LL));
   EXPECT_EQ(form.edit.caret(), 8);
   EXPECT_EQ(nsoff::captured(), nullptr);
+  // The selection is offered as PRIMARY, apart from the clipboard; the middle button
+  // pastes it where it is pressed.
+  setClipboard("clip");
+  std::vector<unsigned char> primary;
+  ASSERT_TRUE(nswg_clip_get(nsClipPrimary, primary));
+  EXPECT_EQ(std::string(primary.begin(), primary.end()), "pha be");
+  EXPECT_EQ(clipboard(), "clip");
+  nsoff::click(at(0).x, at(0).y, 3);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(text(), "pha bealpha beta gamma");
+  form.edit.setText("alpha beta gamma");
 
   nsoff::click(at(1).x, at(1).y); // a click places the caret
   nsoff::runUntilIdle();

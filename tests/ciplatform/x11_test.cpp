@@ -231,7 +231,7 @@ public:
 
 TEST_F(X11, TheEditBoxTakesTypedTextAndTheClipboard) {
   cEditDialog dialog;
-  std::string copied;
+  std::string copied, selected;
   std::thread user([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     // Accents and CJK through the input method, then copied out with ctrl+C. xdotool reads
@@ -239,17 +239,29 @@ TEST_F(X11, TheEditBoxTakesTypedTextAndTheClipboard) {
     run("LC_ALL=C.UTF-8 xdotool type --delay 100 'x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac'");
     run("xdotool key ctrl+a ctrl+c");
     copied = run("xclip -o -selection clipboard 2>&1");
+    selected = run("xclip -o -selection primary 2>&1"); // the selection, offered as PRIMARY
     // Text another program put on the clipboard, pasted with ctrl+V at the end.
     std::system("printf ' pasted' | xclip -selection clipboard -i >/dev/null 2>&1");
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     run("xdotool key End ctrl+v");
+    // Another program's PRIMARY, pasted by the middle button at the start of the box.
+    std::system("printf 'mid' | xclip -selection primary -i >/dev/null 2>&1");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    sPoint at;
+    dialog.edit.absPos(at);
+    run("xdotool mousemove " + std::to_string(at.x + 2) + " " + std::to_string(at.y + 12) +
+        " click 2");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    // Taking both selections back ends xclip's children.
+    run("xdotool key ctrl+a ctrl+c");
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     dialog.postAction(new cChildAction(9));
   });
   ns().modal("edit", 280, 100, &dialog, nullptr, false);
   user.join();
   EXPECT_EQ(copied, "x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac");
-  EXPECT_STREQ(dialog.edit.text(), "x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac pasted");
+  EXPECT_EQ(selected, copied);
+  EXPECT_STREQ(dialog.edit.text(), "midx\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac pasted");
 }
 
 } // namespace
