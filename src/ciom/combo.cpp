@@ -9,6 +9,7 @@
 #include "base/str.h"
 #include "ciom/themeimages.h"
 #include "popup.h"
+#include "scrollbar.h"
 #include "theme.h"
 
 namespace {
@@ -104,7 +105,8 @@ bool cComboBoxChild::openList() {
   sPoint at;
   absPos(at);
   const int rows = std::min(static_cast<int>(myItems.size()), kMaxVisibleItems);
-  const int w = std::max(width(), cPopupMaster::autoWidth(this, items, nullptr, nullptr));
+  int w = std::max(width(), cPopupMaster::autoWidth(this, items, nullptr, nullptr));
+  if (rows < static_cast<int>(myItems.size())) w += cScrollBar::kThickness; // its bar
   int h = rows * cPopupMaster::itemHeight(this, nullptr);
   // Below the field; above it when the room below is short and the room above larger.
   // The popup adds two lines of frame to the list's height.

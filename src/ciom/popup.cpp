@@ -115,7 +115,17 @@ void cPopupMaster::onConstruct() {
     myButtons.push_back(std::move(button));
   }
   setScrollSteps(1, myRowHeight / kWheelSteps + 1);
+  // The rows fit the list's width: no sideways bar, and room kept for the vertical one.
+  allowScrollBars(true, false);
   setVirtualSize(width(), y + 1);
+  if (vBarShown()) {
+    for (const auto& button : myButtons) {
+      sRect r;
+      button->childRect(&r);
+      button->move(r.x, r.y, std::max(0, viewSize().width - 2), r.height);
+    }
+    setVirtualSize(viewSize().width, y + 1);
+  }
   for (size_t i = 0; i < myButtons.size(); ++i) {
     if (myButtons[i]->item().id == myInitialHot) setHot(static_cast<int>(i));
   }

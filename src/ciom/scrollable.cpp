@@ -192,6 +192,15 @@ void cScrollableElement::processPaint(cCanvas* canvas) {
   canvas->select();
 }
 
+bool cScrollableElement::inBarStrip(int x, int y) {
+  const sRect v = myVBar.rect(), h = myHBar.rect();
+  const bool right = myShowV && x >= v.x && x < v.x + v.width && y >= v.y;
+  const bool below = myShowH && y >= h.y && y < h.y + h.height && x >= h.x;
+  sRect inner;
+  cChildElement::clientRect(&inner);
+  return (right || below) && x < inner.x + inner.width && y < inner.y + inner.height;
+}
+
 cScrollBar* cScrollableElement::barAt(int x, int y) {
   if (myShowV && myVBar.partAt(x, y) != cScrollBar::spNone) return &myVBar;
   if (myShowH && myHBar.partAt(x, y) != cScrollBar::spNone) return &myHBar;
@@ -203,14 +212,21 @@ bool cScrollableElement::processMouseBtn(int x, int y, int button, bool down, bo
   if (myDragging && button == 1 && !down) {
     myDragging->release();
     myDragging = nullptr;
-    releasePointer();
+    if (myHeldBefore) {
+      capturePointer(myHeldRoute);
+    } else {
+      releasePointer();
+    }
     repaint();
     return true;
   }
   cScrollBar* bar = myDragging ? nullptr : barAt(x, y);
+  if (!bar && !myDragging && inBarStrip(x, y)) return true; // the corner: nothing there
   if (!bar || !enabled()) return cChildElement::processMouseBtn(x, y, button, down, shift, ctrl);
   if (button == 1 && down && bar->press(x, y)) {
     myDragging = bar;
+    myHeldBefore = myHolding;
+    myHeldRoute = myHoldRoute;
     capturePointer(false);
     repaint();
   }
@@ -228,6 +244,17 @@ bool cScrollableElement::processMouseMove(int x, int y) {
   changePointerReq(mpArrow);
   notifyHover(this);
   return true;
+}
+
+bool cScrollableElement::capturePointer(bool routeToChildren) {
+  myHolding = true;
+  myHoldRoute = routeToChildren;
+  return cChildElement::capturePointer(routeToChildren);
+}
+
+bool cScrollableElement::releasePointer() {
+  myHolding = false;
+  return cChildElement::releasePointer();
 }
 
 void cScrollableElement::onMouseLeft() {

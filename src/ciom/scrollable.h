@@ -44,6 +44,10 @@ public:
   void processPaint(cCanvas* canvas) override;
   bool processMouseBtn(int x, int y, int button, bool down, bool shift, bool ctrl) override;
   bool processMouseMove(int x, int y) override;
+  // Remembered, so that a press on a bar gives back a hold the element had (a popup holds
+  // the pointer to see clicks outside it).
+  bool capturePointer(bool routeToChildren) override;
+  bool releasePointer() override;
   bool onMouseWheel(int x, int y, bool shift, bool ctrl, int delta) override;
   bool onKey(int key, bool shift, bool ctrl, bool alt) override;
   void onMouseLeft() override;
@@ -55,6 +59,8 @@ private:
   bool clampOffset();
   void layoutBars();
   cScrollBar* barAt(int x, int y);
+  // Whether the point lies where the bars are, the corner between them included.
+  bool inBarStrip(int x, int y);
 
   sSize myContent{0, 0};
   sPoint myOffset{0, 0};
@@ -62,5 +68,7 @@ private:
   cVScrollBar myVBar;
   cHScrollBar myHBar;
   bool myAllowV = true, myAllowH = true, myShowV = false, myShowH = false;
-  cScrollBar* myDragging = nullptr; // the bar holding the pointer
+  cScrollBar* myDragging = nullptr;               // the bar holding the pointer
+  bool myHolding = false, myHoldRoute = false;    // this element's own hold
+  bool myHeldBefore = false, myHeldRoute = false; // the hold a bar press interrupted
 };

@@ -9,6 +9,7 @@
 #include "ciom/hint.h"
 #include "ciom/link.h"
 #include "ciom/pictzones.h"
+#include "ciom/popup.h"
 #include "ciom/progress.h"
 #include "ciom/scrollable.h"
 #include "ciom/scrollbar.h"
@@ -573,4 +574,32 @@ TEST_F(Widgets, AProgressBarFillsItsShareOrRunsBusy) {
   bar.setBusy(false);
   nsoff::advanceClock(10 * cProgressChild::kStripeMs);
   EXPECT_EQ(bar.stripeOffset(), (start + 2) % 16);
+}
+
+TEST_F(Widgets, ALongComboListScrollsByItsBarAndStillClosesOnAClickOutside) {
+  cComboForm form;
+  const auto window = open(&form, 300, 200);
+  for (int i = 0; i < 30; ++i) form.combo.addItem(100 + i, ("More " + std::to_string(i)).c_str());
+  nsoff::sWindowInfo list;
+  {
+    cScript script({[&] {
+                      list = nsoff::topWindow();
+                      // The list's scroll bar lies along its right edge; its lower arrow is
+                      // at the bottom.
+                      nsoff::click(list.x + list.w - 8, list.y + list.h - 8);
+                    },
+                    [] { nsoff::click(5, 5); }});
+    const sPoint field = centreOf(&form.combo);
+    nsoff::click(field.x, field.y);
+    nsoff::runUntilIdle();
+    EXPECT_EQ(script.done(), 2u);
+  }
+  EXPECT_TRUE(list.popup);
+  // Twelve rows show, and the list is wider by its scroll bar.
+  EXPECT_EQ(list.h,
+            cComboBoxChild::kMaxVisibleItems * cPopupMaster::itemHeight(&form, nullptr) + 2);
+  EXPECT_GE(list.w, form.combo.width() + cScrollBar::kThickness);
+  EXPECT_FALSE(form.combo.listOpen());  // the click outside closed it
+  EXPECT_EQ(form.combo.selected(), 20); // and chose nothing
+  EXPECT_EQ(nsoff::captured(), nullptr);
 }
