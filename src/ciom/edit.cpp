@@ -18,15 +18,6 @@ bool isHigh(unsigned short u) {
   return cEditChild::isHighSurrogate(u);
 }
 
-// A 1 × 1 theme element's colour (stored as 0xAARRGGBB) in the toolkit's 0x00BBGGRR.
-unsigned pixelColour(int element) {
-  sSize size;
-  const unsigned* p = cCITheme::theme().getImage(element, size);
-  if (!p) return 0;
-  const unsigned argb = *p;
-  return ((argb >> 16) & 0xFF) | (argb & 0xFF00) | ((argb & 0xFF) << 16);
-}
-
 // Theme colours of the default look.
 constexpr int kInk = 13, kWhite = 14, kGreyInk = 8, kBannerInk = 5, kReadonlyGround = 15;
 constexpr int kHoverEdge = 25, kSelection = 16, kSelectionInactive = 21;
@@ -40,12 +31,12 @@ cEditChild::cEditChild()
       }) {
   setMaxLen(kDefaultMaxLen);
   const cCITheme& theme = cCITheme::theme();
-  const unsigned edge = pixelColour(tiEditEdge);
+  const unsigned edge = theme.elementColour(tiEditEdge);
   for (sColours& c : myColours) c = {theme.getColor(kInk), theme.getColor(kWhite), edge};
   myColours[ctHover].border = theme.getColor(kHoverEdge);
-  myColours[ctFocused].border = pixelColour(tiEditFocusEdge);
+  myColours[ctFocused].border = theme.elementColour(tiEditFocusEdge);
   myColours[ctReadonly].bg = theme.getColor(kReadonlyGround);
-  myColours[ctDisabled] = {theme.getColor(kGreyInk), pixelColour(tiEditDisabledFill), edge};
+  myColours[ctDisabled] = {theme.getColor(kGreyInk), theme.elementColour(tiEditDisabledFill), edge};
   mySelection = theme.getColor(kSelection);
   mySelectionInactive = theme.getColor(kSelectionInactive);
   mySelectedText = theme.getColor(kWhite);

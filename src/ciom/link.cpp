@@ -13,10 +13,7 @@ constexpr int kAccentDark = 17, kDisabled = 8;
 // Theme colour 16 is the accent; the link takes the darker edge of the accent artwork so
 // that it reads as text on white.
 unsigned linkColour() {
-  sSize size;
-  const unsigned* p = cCITheme::theme().getImage(tiEditFocusEdge, size);
-  const unsigned argb = p ? *p : 0;
-  const unsigned accent = ((argb >> 16) & 0xFF) | (argb & 0xFF00) | ((argb & 0xFF) << 16);
+  const unsigned accent = cCITheme::theme().elementColour(tiEditFocusEdge);
   // Two thirds of the way to black.
   unsigned out = 0;
   for (int shift = 0; shift < 24; shift += 8) out |= (((accent >> shift) & 0xFF) * 2 / 3) << shift;

@@ -65,6 +65,14 @@ const unsigned* cCITheme::getImage(int elem, sSize& size) const {
   return def.picture ? def.picture->raw() : nullptr;
 }
 
+unsigned cCITheme::elementColour(int elem) const {
+  sSize size;
+  const unsigned* p = getImage(elem, size);
+  if (!p || size.width != 1 || size.height != 1) return 0;
+  const unsigned argb = *p; // stored as a pixel, 0xAARRGGBB
+  return ((argb >> 16) & 0xFF) | (argb & 0xFF00) | ((argb & 0xFF) << 16);
+}
+
 cPicture* cCITheme::getPict(int elem) const {
   return elem >= 0 && elem < kImages ? myImages[elem].picture.get() : nullptr;
 }

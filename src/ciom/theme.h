@@ -56,6 +56,9 @@ public:
   // element above 156.
   const unsigned* getImage(int elem, sSize& size) const;
   cPicture* getPict(int elem) const;
+  // A 1 × 1 element's colour in the 0x00BBGGRR form of the other colours; 0 for an
+  // element that is not a single colour.
+  unsigned elementColour(int elem) const;
   bool setImage(int elem, const unsigned* pixels, int w, int h, bool bottomUp);
 
 private:

@@ -128,3 +128,11 @@ TEST(ThemeArt, ScrollArrowsAreMirrorImages) {
 }
 
 } // namespace
+
+TEST(ThemeArt, SingleColourElementsReadAsColours) {
+  const cCITheme& theme = cCITheme::theme();
+  EXPECT_EQ(theme.elementColour(tiEditEdge), 0xDCB6A9u); // #A9B6DC, blue in the high byte
+  EXPECT_EQ(theme.elementColour(tiEditFocusEdge), 0xFF9933u);
+  EXPECT_EQ(theme.elementColour(tiButton), 0u); // a picture, not a colour
+  EXPECT_EQ(theme.elementColour(cCITheme::kImages), 0u);
+}
