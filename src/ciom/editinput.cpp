@@ -96,12 +96,11 @@ void cEditChild::moveCaret(long long to, bool shift) {
   const long long from = myCaret;
   if (shift) {
     processSelectKbd(from, to);
-    myCaret = to;
-    offerPrimary();
   } else {
     cancelSelection();
   }
   myCaret = to;
+  if (shift) offerPrimary();
   myLastEdit = ekOther;
   if (!myLayoutDirty) keepCaretVisible();
   restartBlink();
@@ -135,10 +134,14 @@ bool cEditChild::onChar(unsigned short unit, bool, bool ctrl, bool) {
     n = 2;
   }
   myPendingHigh = 0;
+  // A full box takes nothing more (the tail is never pushed out by typing); a selection
+  // goes first all the same.
+  const long long selected = hasSelection() ? mySelLast - mySelFirst + 1 : 0;
+  const bool fits = myLength - selected + n <= maxLen();
+  if (!fits && !selected) return true;
   remember(ekTyping);
-  if (hasSelection()) deleteRange(mySelFirst, mySelLast + 1);
-  // A full box takes nothing more; the tail is never pushed out by typing.
-  if (myLength + n <= maxLen()) replace(myCaret, 0, units, n);
+  if (selected) deleteRange(mySelFirst, mySelLast + 1);
+  if (fits) replace(myCaret, 0, units, n);
   changed(ekTyping);
   return true;
 }

@@ -85,8 +85,11 @@ protected:
 TEST_F(Edit, TheMaximumLengthHoldsForTypingAndPasting) {
   ASSERT_TRUE(form.edit.setMaxLen(5));
   EXPECT_EQ(form.edit.maxLen(), 5);
-  type("abcdef");
-  EXPECT_EQ(text(), "abcde"); // the sixth character is dropped
+  type("abcde");
+  const int changes = form.changes;
+  type("f");
+  EXPECT_EQ(text(), "abcde");       // the sixth character is dropped
+  EXPECT_EQ(form.changes, changes); // and nothing is reported
   key(cChildElement::kKeyHome);
   type("X"); // a full box takes nothing, and keeps its tail
   EXPECT_EQ(text(), "abcde");
