@@ -14,10 +14,6 @@ namespace {
 constexpr unsigned short kBullet = 0x2022;
 constexpr size_t kUndoDepth = 100;
 
-bool isHigh(unsigned short u) {
-  return cEditChild::isHighSurrogate(u);
-}
-
 // Theme colours of the default look.
 constexpr int kInk = 13, kWhite = 14, kGreyInk = 8, kBannerInk = 5, kReadonlyGround = 15;
 constexpr int kHoverEdge = 25, kSelection = 16, kSelectionInactive = 21;
@@ -101,7 +97,7 @@ bool cEditChild::setText(const char* utf8, long long len, bool repaintNow) {
   _typebuf<unsigned short> wide;
   if (utf8) utf8ToUnits(utf8, len, wide);
   long long n = std::min(wide.count(), maxLen());
-  if (n > 0 && n < wide.count() && isHigh(wide[n - 1])) --n; // a pair cut in half
+  if (n > 0 && n < wide.count() && isHighSurrogate(wide[n - 1])) --n; // a pair cut in half
   if (n > 0) std::copy(wide.begin(), wide.begin() + n, myText.begin());
   myText[n] = 0;
   myLength = myCaret = n;
@@ -158,24 +154,23 @@ void cEditChild::changed(eEditKind kind) {
   notifyAction(new cChildAction(kChangedCode));
 }
 
-bool cEditChild::undo() {
-  if (myUndo.empty() || myReadonly) return false;
-  myRedo.push_back(snapshot());
-  const sSnapshot shot = std::move(myUndo.back());
-  myUndo.pop_back();
+// Goes back to the last snapshot of `from`, keeping the present one in `to`.
+bool cEditChild::stepHistory(std::vector<sSnapshot>& from, std::vector<sSnapshot>& to) {
+  if (from.empty() || myReadonly) return false;
+  to.push_back(snapshot());
+  const sSnapshot shot = std::move(from.back());
+  from.pop_back();
   myLastEdit = ekOther;
   restore(shot);
   return true;
 }
 
+bool cEditChild::undo() {
+  return stepHistory(myUndo, myRedo);
+}
+
 bool cEditChild::redo() {
-  if (myRedo.empty() || myReadonly) return false;
-  myUndo.push_back(snapshot());
-  const sSnapshot shot = std::move(myRedo.back());
-  myRedo.pop_back();
-  myLastEdit = ekOther;
-  restore(shot);
-  return true;
+  return stepHistory(myRedo, myUndo);
 }
 
 void cEditChild::replace(long long at, long long remove, const unsigned short* ins, long long n) {
@@ -184,9 +179,9 @@ void cEditChild::replace(long long at, long long remove, const unsigned short* i
   const long long tailStart = at + remove;
   const long long tailLen = myLength - tailStart;
   n = std::min(n, cap - at);
-  if (n > 0 && isHigh(ins[n - 1])) --n; // a pair that does not fit whole stays out
+  if (n > 0 && isHighSurrogate(ins[n - 1])) --n; // a pair that does not fit whole stays out
   long long keep = std::min(tailLen, cap - at - n);
-  if (keep > 0 && keep < tailLen && isHigh(t[tailStart + keep - 1])) --keep;
+  if (keep > 0 && keep < tailLen && isHighSurrogate(t[tailStart + keep - 1])) --keep;
   std::memmove(t + at + n, t + tailStart, static_cast<size_t>(keep) * sizeof *t);
   if (n > 0) std::memcpy(t + at, ins, static_cast<size_t>(n) * sizeof *t);
   myLength = at + n + keep;

@@ -189,6 +189,7 @@ private:
   void changed(eEditKind kind);
   void remember(eEditKind kind);
   void restore(const sSnapshot& shot);
+  bool stepHistory(std::vector<sSnapshot>& from, std::vector<sSnapshot>& to);
   sSnapshot snapshot() const;
 
   long long nextPos(long long i) const; // one character right / left of caret position i

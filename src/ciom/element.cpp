@@ -591,14 +591,18 @@ bool cChildElement::clipboardRequestText(_typebuf<char>& out) {
   return true;
 }
 
-bool cChildElement::clipboardRequestText(_guardchar<char>& out) {
+bool cChildElement::requestText(fTextRequest request, _guardchar<char>& out) {
   out.clear();
   _typebuf<unsigned char> bytes;
   cWindowRequestTarget* t = target();
-  if (!t || !t->_rt_request_copied_text(bytes)) return false;
+  if (!t || !(t->*request)(bytes)) return false;
   out.set(reinterpret_cast<const char*>(bytes.count() ? bytes.data() : nullptr), bytes.count());
   if (out.isNull()) out.set("");
   return true;
+}
+
+bool cChildElement::clipboardRequestText(_guardchar<char>& out) {
+  return requestText(&cWindowRequestTarget::_rt_request_copied_text, out);
 }
 
 bool cChildElement::primaryCopyText(const char* text, long long len) {
@@ -608,13 +612,7 @@ bool cChildElement::primaryCopyText(const char* text, long long len) {
 }
 
 bool cChildElement::primaryRequestText(_guardchar<char>& out) {
-  out.clear();
-  _typebuf<unsigned char> bytes;
-  cWindowRequestTarget* t = target();
-  if (!t || !t->_rt_request_primary(bytes)) return false;
-  out.set(reinterpret_cast<const char*>(bytes.count() ? bytes.data() : nullptr), bytes.count());
-  if (out.isNull()) out.set("");
-  return true;
+  return requestText(&cWindowRequestTarget::_rt_request_primary, out);
 }
 
 bool cChildElement::clipboardRequest(_typebuf<unsigned char>& out) {

@@ -279,6 +279,9 @@ private:
     int x, y, w, h;
   };
 
+  using fTextRequest = bool (cWindowRequestTarget::*)(_typebuf<unsigned char>&);
+  // Text from the window (clipboard or PRIMARY) into out, "" when there is none.
+  bool requestText(fTextRequest request, _guardchar<char>& out);
   void forgetChild(cChildElement* child);
   template <class fHandle>
   static bool deliverQueue(cChildElement* element, tActionQueue cChildElement::*queue,

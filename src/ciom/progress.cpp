@@ -11,15 +11,10 @@ namespace {
 constexpr int kEnd = 3; // columns of each rounded end in the end pieces
 constexpr int kInk = 13;
 
-void stretch(cCanvas* canvas, int element, const sRect& r) {
-  if (const cPicture* p = cCITheme::theme().getPict(element); p && !r.empty())
-    canvas->drawBitmapResized(p, r.x, r.y, r.width, r.height, cPicture::rmStretch);
-}
-
 // A bar piece: the middle stretched, the rounded ends cut from the end piece.
 void drawBar(cCanvas* canvas, int middle, int ends, const sRect& r) {
   if (r.width < 2 * kEnd) return;
-  stretch(canvas, middle, {r.x + kEnd, r.y, r.width - 2 * kEnd, r.height});
+  cCITheme::theme().drawStretched(canvas, middle, {r.x + kEnd, r.y, r.width - 2 * kEnd, r.height});
   const cPicture* p = cCITheme::theme().getPict(ends);
   if (!p) return;
   cPicture left, right;

@@ -28,11 +28,6 @@ constexpr sPieces kHorizontal{
     tiHThumbHot,     tiHThumbPressed,     tiHThumbDisabled,     tiHThumbEnds,
     tiHThumbEndsHot, tiHThumbEndsPressed, tiHThumbEndsDisabled, tiHThumbGrip};
 
-void stretch(cCanvas* canvas, int element, const sRect& r) {
-  if (const cPicture* p = cCITheme::theme().getPict(element); p && !r.empty())
-    canvas->drawBitmapResized(p, r.x, r.y, r.width, r.height, cPicture::rmStretch);
-}
-
 void drawPiece(cCanvas* canvas, int element, int x, int y) {
   if (const cPicture* p = cCITheme::theme().getPict(element)) {
     const sPoint at{x, y};
@@ -183,9 +178,9 @@ void cScrollBar::paint(cCanvas* canvas, bool enabled) const {
   if (!canvas || myRect.empty()) return;
   const sPieces& p = myVertical ? kVertical : kHorizontal;
   const bool active = enabled && range() > 0;
-  stretch(canvas, active ? p.track : p.trackDisabled, myRect);
+  cCITheme::theme().drawStretched(canvas, active ? p.track : p.trackDisabled, myRect);
   for (const ePart part : {spTrackLess, spTrackMore}) {
-    if (myPressed == part) stretch(canvas, p.trackPressed, partRect(part));
+    if (myPressed == part) cCITheme::theme().drawStretched(canvas, p.trackPressed, partRect(part));
   }
   const sRect less = partRect(spLess), more = partRect(spMore);
   drawPiece(canvas, myPressed == spLess ? p.lessPressed : p.less, less.x, less.y);
@@ -200,9 +195,9 @@ void cScrollBar::paint(cCanvas* canvas, bool enabled) const {
   const cPicture* ends = cCITheme::theme().getPict(endsOf[state]);
   const int len = myVertical ? t.height : t.width;
   if (!ends || len < 2 * kEnd) return;
-  stretch(canvas, middle[state],
-          myVertical ? sRect{t.x, t.y + kEnd, t.width, len - 2 * kEnd}
-                     : sRect{t.x + kEnd, t.y, len - 2 * kEnd, t.height});
+  cCITheme::theme().drawStretched(canvas, middle[state],
+                                  myVertical ? sRect{t.x, t.y + kEnd, t.width, len - 2 * kEnd}
+                                             : sRect{t.x + kEnd, t.y, len - 2 * kEnd, t.height});
   cPicture first, second;
   const sRect cutFirst = myVertical ? sRect{0, 0, kThickness, kEnd} : sRect{0, 0, kEnd, kThickness};
   const sRect cutSecond =

@@ -1,5 +1,7 @@
 #include "theme.h"
 
+#include "canvas.h"
+
 namespace {
 
 std::unique_ptr<cCITheme>& globalTheme() {
@@ -71,6 +73,11 @@ unsigned cCITheme::elementColour(int elem) const {
   if (!p || size.width != 1 || size.height != 1) return 0;
   const unsigned argb = *p; // stored as a pixel, 0xAARRGGBB
   return ((argb >> 16) & 0xFF) | (argb & 0xFF00) | ((argb & 0xFF) << 16);
+}
+
+void cCITheme::drawStretched(cCanvas* canvas, int elem, const sRect& rect) const {
+  if (const cPicture* p = getPict(elem); canvas && p && !rect.empty())
+    canvas->drawBitmapResized(p, rect.x, rect.y, rect.width, rect.height, cPicture::rmStretch);
 }
 
 cPicture* cCITheme::getPict(int elem) const {

@@ -12,6 +12,8 @@
 
 #include "picture.h"
 
+class cCanvas;
+
 // A built-in image element: its size, and either one colour (1 × 1, a 0xAARRGGBB pixel) or
 // a picture resource (see cPicture::create(resource, size)).
 struct sStaticCIThemeImage {
@@ -56,6 +58,8 @@ public:
   // element above 156.
   const unsigned* getImage(int elem, sSize& size) const;
   cPicture* getPict(int elem) const;
+  // Draws the element's picture stretched (nearest pixel) over the rectangle.
+  void drawStretched(cCanvas* canvas, int elem, const sRect& rect) const;
   // A 1 × 1 element's colour in the 0x00BBGGRR form of the other colours; 0 for an
   // element that is not a single colour.
   unsigned elementColour(int elem) const;
