@@ -13,6 +13,8 @@ namespace {
 
 constexpr unsigned short kBullet = 0x2022;
 constexpr size_t kUndoDepth = 100;
+// What a deletion inserts: memcpy may not be handed a null pointer, even for no units.
+constexpr unsigned short kNoUnits[1] = {0};
 
 // Theme colours of the default look.
 constexpr int kInk = 13, kWhite = 14, kGreyInk = 8, kBannerInk = 5, kReadonlyGround = 15;
@@ -194,7 +196,7 @@ bool cEditChild::insertUnits(const unsigned short* ins, long long n, eEditKind k
   if (myReadonly || n <= 0) return false;
   remember(kind);
   if (hasSelection()) {
-    replace(mySelFirst, mySelLast - mySelFirst + 1, nullptr, 0);
+    replace(mySelFirst, mySelLast - mySelFirst + 1, kNoUnits, 0);
   }
   replace(myCaret, 0, ins, n);
   changed(kind);
@@ -202,7 +204,7 @@ bool cEditChild::insertUnits(const unsigned short* ins, long long n, eEditKind k
 }
 
 void cEditChild::deleteRange(long long from, long long to) {
-  replace(from, to - from, nullptr, 0);
+  replace(from, to - from, kNoUnits, 0);
 }
 
 bool cEditChild::deleteSelection() {
