@@ -10,7 +10,6 @@ namespace {
 
 constexpr int kTextColour = 14, kBackgroundColour = 4, kHighlightColour = 21;
 constexpr int kFrameColour = 25, kDisabledColour = 8;
-constexpr unsigned kTypeAheadMs = 1000;
 
 unsigned themeOr(unsigned colour, int themeColour) {
   return colour == cPopupMaster::kDefault ? cCITheme::theme().getColor(themeColour) : colour;
@@ -214,27 +213,14 @@ bool cPopupMaster::processKey(int key, bool shift, bool ctrl, bool alt) {
 
 bool cPopupMaster::onChar(unsigned short ch, bool, bool ctrl, bool) {
   if (ctrl || ch < 0x20 || myButtons.empty()) return true;
-  // Letters typed within a second of each other make one prefix; a new one starts over.
-  const unsigned now = ticks_ms();
-  if (now - myTypedAt > kTypeAheadMs) myTyped.clear();
-  myTypedAt = now;
-  myTyped.push_back(__acp_lower(ch));
-  const auto startsWith = [this](const sActiveElementItem& item) {
-    _typebuf<unsigned short> text;
-    utf8ToUnits(item.text.c_str(), item.text.length(), text);
-    if (text.count() < static_cast<long long>(myTyped.size())) return false;
-    for (size_t k = 0; k < myTyped.size(); ++k) {
-      if (__acp_lower(text[static_cast<long long>(k)]) != myTyped[k]) return false;
-    }
-    return true;
-  };
+  const bool longer = myTyped.add(ch, ticks_ms());
   // From the highlighted item on for a longer prefix, from the next one for a new letter.
   const int n = static_cast<int>(myButtons.size());
-  const int from = myHot < 0 ? 0 : myTyped.size() > 1 ? myHot : myHot + 1;
+  const int from = myHot < 0 ? 0 : longer ? myHot : myHot + 1;
   for (int k = 0; k < n; ++k) {
     const int i = (from + k) % n;
     const sActiveElementItem& item = myButtons[static_cast<size_t>(i)]->item();
-    if (item.enabled && startsWith(item)) {
+    if (item.enabled && myTyped.matches(item.text.c_str())) {
       setHot(i);
       break;
     }

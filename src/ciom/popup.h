@@ -11,6 +11,7 @@
 #include "base/buffers.h"
 #include "pictlist.h"
 #include "scrollable.h"
+#include "typeahead.h"
 
 struct sActiveElementItem {
   int id = 0;
@@ -98,8 +99,6 @@ private:
   unsigned myText = 0, myBackground = 0, myHighlight = 0, myFrame = 0, myHotText = 0;
   std::vector<std::unique_ptr<cBtnListItem>> myButtons;
   int myHot = -1, myRowHeight = 0, myInitialHot = -1;
-  // Type-ahead: the letters typed so far and when the last one came.
-  std::vector<unsigned short> myTyped;
-  unsigned myTypedAt = 0;
+  cTypeAhead myTyped;
   bool myDone = false;
 };

@@ -15,6 +15,7 @@ public:
   enum eCode { kSelected = 6, kActivated = 7, kExpand = 8, kCollapse = 9 };
   struct sColours {
     unsigned text = 0, background = 0, frame = 0;
+    bool operator==(const sColours&) const = default;
   };
   static constexpr int kPadding = 3, kPictureGap = 4;
 
