@@ -1,6 +1,6 @@
 // The editor's big controls in an offscreen window of 800 × 600: a tree view of 10,000
 // items in three levels (stored, laid out and painted once; then scrolled by one row and
-// repainted), and a property sheet of 200 rows (built and painted).
+// repainted), and a property sheet of 200 rows (built and painted once).
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ciom/panel.h"
+#include "ciom/propsheet.h"
 #include "ciom/treeview.h"
 #include "ciplatform/nswmaker.h"
 #include "nslib/nsoffscreen.h"
@@ -88,8 +89,45 @@ void BM_TreeScrollOneRow(benchmark::State& state) {
   nsoff::runUntilIdle();
 }
 
+class cSheetRoot : public cPanelChild {
+public:
+  cPropSheetChild sheet;
+  void onConstruct() override { attach(&sheet, 0, 0, kWidth, kHeight); }
+};
+
+// 10 sections of 20 rows, the kinds in turn.
+void BM_PropSheetBuild200(benchmark::State& state) {
+  char caption[32];
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto root = std::make_unique<cSheetRoot>();
+    std::unique_ptr<cWindowHolder> window(
+        maker().asyncwnd("sheet", kWidth, kHeight, root.get(), nullptr, true, 0, 0));
+    nsoff::runUntilIdle();
+    state.ResumeTiming();
+    cPropSheetChild& sheet = root->sheet;
+    sheet.startChanges();
+    for (int section = 1; section <= 10; ++section) {
+      sheet.setSection(section, "Section");
+      for (int row = 1; row <= 20; ++row) {
+        std::snprintf(caption, sizeof caption, "Property %d.%d", section, row);
+        sheet.setProperty(section, row, caption, "What it means", "Its value",
+                          static_cast<cPropSheetChild::ePropTypes>(row % 7));
+      }
+    }
+    sheet.endChanges();
+    nsoff::runUntilIdle();
+    state.PauseTiming();
+    window.reset();
+    root.reset();
+    nsoff::runUntilIdle();
+    state.ResumeTiming();
+  }
+}
+
 } // namespace
 
+BENCHMARK(BM_PropSheetBuild200)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TreeBuildAndPaint)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TreeScrollOneRow)->Unit(benchmark::kMillisecond);
 

@@ -84,10 +84,21 @@ void cSplitterChild::onSizeChanged() {
   placePanes();
 }
 
+void cSplitterChild::setDividerLine(unsigned colour) {
+  myLine = colour;
+  repaint();
+}
+
 void cSplitterChild::onPaint(cCanvas* canvas) {
   if (!canvas) return;
   const sRect all{0, 0, width(), height()};
   canvas->drawRect(&all, defaultBackgroundColor(), defaultBackgroundColor());
+  if (myLine != kGripLook) {
+    const int middle = myPosition + kDivider / 2;
+    const sRect line = myVertical ? sRect{0, middle, width(), 1} : sRect{middle, 0, 1, height()};
+    canvas->drawRect(&line, myLine, myLine);
+    return;
+  }
   // The grip in the middle of the divider.
   const cPicture* grip = cCITheme::theme().getPict(myVertical ? tiSplitterGripH : tiSplitterGripV);
   if (!grip) return;

@@ -30,6 +30,10 @@ public:
   // Where the divider starts (the first pane's length); moving it keeps the minimums.
   int position() const { return myPosition; }
   void setPosition(int position);
+  // Draws the divider as a one-pixel line of that colour instead of a grip (a grid's
+  // column rule); kGripLook goes back to the grip.
+  static constexpr unsigned kGripLook = 0xFFFFFFFF;
+  void setDividerLine(unsigned colour);
 
   void onConstruct() override;
   void onSizeChanged() override;
@@ -54,6 +58,7 @@ private:
   int myFixed = -1;
   int myPosition = 0;
   int myFixedLength = -1; // the fixed pane's length, once known
+  unsigned myLine = kGripLook;
   bool myDragging = false;
   int myGrab = 0; // the pointer's distance from the divider while dragged
 };

@@ -11,6 +11,8 @@
 namespace {
 
 constexpr int kInk = 13, kBackground = 14, kAccent = 16, kFrame = 21;
+constexpr int kLineColumn = 7; // where the branch line runs in the tree's pictures
+constexpr int kRowPadding = 2, kMinRow = 18;
 constexpr int kUnfocusedText = 4, kUnfocusedBackground = 18, kUnfocusedFrame = 26;
 
 } // namespace
@@ -27,6 +29,8 @@ bool cTreeItemElement::measured(sSize& size) {
     if (!wantedSize(mySize)) return false; // no window yet: measure again next time
     sSize line;
     if (mySize.height == 0 && sizeOf("Ag", line, nullptr)) mySize.height = line.height;
+    // Rows have air above and below the text, and room for the expander's signs.
+    mySize.height = std::max(mySize.height + 2 * kRowPadding, kMinRow);
     myMeasured = true;
   }
   size = mySize;
@@ -57,11 +61,24 @@ void cTreeViewControlElement::onPaint(cCanvas* canvas) {
   switch (myKind) {
   case ckLeaf:
   case ckLastLeaf: {
-    // The branch lines run the row's whole height, so rows of any height join up.
-    const int elem = myKind == ckLeaf ? tiTreeLeaf : tiTreeLastLeaf;
+    const cPicture* lines = theme.getPict(myKind == ckLeaf ? tiTreeLeaf : tiTreeLastLeaf);
+    if (!lines) return;
+    const sPoint at{(width() - lines->width()) / 2, (height() - lines->height()) / 2};
+    canvas->drawTransparent(&at, lines, nullptr);
+    // In a row taller than the picture the branch line runs on to the row's edges.
     sSize size;
-    if (!theme.getImage(elem, size)) return;
-    theme.drawStretched(canvas, elem, {(width() - size.width) / 2, 0, size.width, height()});
+    const unsigned* pixels = theme.getImage(myKind == ckLeaf ? tiTreeLeaf : tiTreeLastLeaf, size);
+    if (!pixels || at.y <= 0) return;
+    unsigned argb = 0; // the line's colour: its first opaque pixel
+    for (int row = 0; row < size.height && !(argb >> 24); ++row)
+      argb = pixels[row * size.width + kLineColumn];
+    const unsigned line = (argb >> 16 & 0xFF) | (argb & 0xFF00) | (argb & 0xFF) << 16;
+    const sRect above{at.x + kLineColumn, 0, 1, at.y};
+    canvas->drawRect(&above, line, line);
+    if (myKind == ckLeaf) {
+      const sRect below{at.x + kLineColumn, at.y + lines->height(), 1, height()};
+      canvas->drawRect(&below, line, line);
+    }
     return;
   }
   case ckExpanded:
