@@ -46,6 +46,7 @@ bool cPropSheetChild::setSection(int section, const char* title) {
     slot->setShowHints(myShowHints);
     slot->header().setColours(mySectColour, mySectFrame);
     attach(slot.get(), 0, 0, 0, 0);
+    slot->setCollapsed(false); // again, now that the texts of the sheet can be found
   }
   slot->header().setText(title, -1, true);
   changed();
