@@ -90,10 +90,9 @@ cPropSheetChild::cSectionChild::cSectionChild(cPropSheetChild* sheet, int id)
   attach(&mySplit, 0, 0, 0, 0);
   mySplit.setShare(0.5);
   mySplit.setDividerLine(theme.getColor(kGrid));
-  for (cChildElement* e :
-       {static_cast<cChildElement*>(&mySplit), static_cast<cChildElement*>(mySplit.pane(0)),
-        static_cast<cChildElement*>(mySplit.pane(1))})
-    e->setDefaultBackgroundColor(theme.getColor(kGrid));
+  // The columns' ground shows in the gaps between rows: the grid's lines.
+  mySplit.pane(0)->setDefaultBackgroundColor(theme.getColor(kGrid));
+  mySplit.pane(1)->setDefaultBackgroundColor(theme.getColor(kGrid));
   mySplit.setDefaultBackgroundColor(theme.getColor(kGround));
   setCollapsed(false);
 }

@@ -32,7 +32,7 @@ void cPropSheetChild::onInitData() {
   mySectColour = theme.getColor(kSectionColour);
   mySectFrame = theme.getColor(kSectionFrame);
   myShowSections = myShowHints = true;
-  myChanging = myDirty = false;
+  myBatch.reset();
   mySelSection = mySelProp = -1;
 }
 
@@ -324,21 +324,15 @@ cChildElement* cPropSheetChild::editControl(int section, int prop) {
 // --- layout ------------------------------------------------------------------------------
 
 void cPropSheetChild::changed() {
-  if (myChanging) {
-    myDirty = true;
-    return;
-  }
-  build();
+  if (myBatch.now()) build();
 }
 
 void cPropSheetChild::endChanges() {
-  myChanging = false;
-  if (myDirty) build();
+  if (myBatch.end()) build();
 }
 
 void cPropSheetChild::build() {
-  myDirty = false;
-  ++myBuilds;
+  myBatch.built();
   // Heights do not depend on the width: stack first, then place across the view, which
   // is narrower once the content needs the vertical bar.
   std::vector<std::pair<cSectionChild*, int>> stacked;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 
+#include "batch.h"
 #include "button.h"
 #include "combo.h"
 #include "edit.h"
@@ -176,10 +177,10 @@ public:
   cChildElement* editControl(int section, int prop);
 
   // --- batching
-  void startChanges() { myChanging = true; }
+  void startChanges() { myBatch.start(); }
   void endChanges();
   void build();
-  long long builds() const { return myBuilds; }
+  long long builds() const { return myBatch.builds(); }
 
   // For sections: a change that needs a new layout.
   void changed();
@@ -205,7 +206,6 @@ private:
   cPicturesList* myImages = nullptr;
   unsigned mySectColour = 0, mySectFrame = 0;
   bool myShowSections = true, myShowHints = true;
-  bool myChanging = false, myDirty = false;
-  long long myBuilds = 0;
+  cChangeBatch myBatch;
   int mySelSection = -1, mySelProp = -1; // the row whose caption shows it selected
 };

@@ -23,12 +23,14 @@ void cSelectableStaticChild::setColours(const sColours& normal, const sColours& 
   repaint();
 }
 
-void cSelectableStaticChild::setImages(const cPicture* normal, const cPicture* selected,
+bool cSelectableStaticChild::setImages(const cPicture* normal, const cPicture* selected,
                                        const cPicture* disabled) {
+  if (myImages[0] == normal && myImages[1] == selected && myImages[2] == disabled) return false;
   myImages[0] = normal;
   myImages[1] = selected;
   myImages[2] = disabled;
   repaint();
+  return true;
 }
 
 void cSelectableStaticChild::setFont(cFontObject* font) {

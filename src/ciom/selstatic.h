@@ -25,8 +25,8 @@ public:
   void setColours(const sColours& normal, const sColours& selected);
   const sColours& colours(bool selected) const { return selected ? mySelected : myNormal; }
   // Pictures owned elsewhere: normal, selected and disabled (missing ones fall back to
-  // the normal picture).
-  void setImages(const cPicture* normal, const cPicture* selected, const cPicture* disabled);
+  // the normal picture); true when they changed.
+  bool setImages(const cPicture* normal, const cPicture* selected, const cPicture* disabled);
   void setFont(cFontObject* font);
   // Drawn selected even without the focus.
   void setMarked(bool on);

@@ -78,7 +78,7 @@ void cTreeViewChild::onSetFocusEvent(eEventOrigin origin, bool shift, bool ctrl)
 bool cTreeViewChild::expand(cTreeViewItem* item, bool notify) {
   if (!item || !item->element || !item->collapsed || !isSub(item)) return false;
   item->collapsed = false;
-  if (!myChanging) processSubRead(item);
+  if (!myBatch.open()) processSubRead(item);
   changed();
   if (notify) raise(kToggled, item);
   return true;

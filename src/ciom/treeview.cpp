@@ -120,7 +120,10 @@ cTreeViewChild::cTreeViewChild() {
 }
 
 cTreeViewChild::~cTreeViewChild() {
-  // The items own the elements: let them go while this element is whole.
+  dropItems(); // the items own the elements: let them go while this element is whole
+}
+
+void cTreeViewChild::dropItems() {
   mySelected = myAnnounce = myUnfocusedItem = nullptr;
   myLabels.clear();
   myControls.clear();
@@ -128,10 +131,7 @@ cTreeViewChild::~cTreeViewChild() {
 }
 
 void cTreeViewChild::onInitData() {
-  mySelected = myAnnounce = myUnfocusedItem = nullptr;
-  myLabels.clear();
-  myControls.clear();
-  myItems.destroy();
+  dropItems();
   const cCITheme& theme = cCITheme::theme();
   myOutline = 16;
   mySpacing = 0;
@@ -143,7 +143,7 @@ void cTreeViewChild::onInitData() {
   myUnfocused[1] = theme.getColor(kUnfocusedBackground);
   myUnfocused[2] = theme.getColor(kUnfocusedFrame);
   std::fill(std::begin(myImages), std::end(myImages), nullptr);
-  myChanging = myDirty = false;
+  myBatch.reset();
 }
 
 bool cTreeViewChild::storeUnder(cTreeViewItem* parent, cTreeViewItem* item) {
@@ -238,33 +238,23 @@ cTreeViewChild::cTreeViewItem* cTreeViewChild::isCtl(const cChildElement* elemen
 // --- appearance --------------------------------------------------------------------------
 
 void cTreeViewChild::setOutline(int outline) {
-  if (myOutline == outline) return;
-  myOutline = outline;
-  changed();
+  setLayoutValue(myOutline, outline);
 }
 
 void cTreeViewChild::setSpacing(int spacing) {
-  if (mySpacing == spacing) return;
-  mySpacing = spacing;
-  changed();
+  setLayoutValue(mySpacing, spacing);
 }
 
 void cTreeViewChild::setCellSpacing(int spacing) {
-  if (myCellSpacing == spacing) return;
-  myCellSpacing = spacing;
-  changed();
+  setLayoutValue(myCellSpacing, spacing);
 }
 
 void cTreeViewChild::setStructIndicatorWidth(int width) {
-  if (myIndicatorWidth == width) return;
-  myIndicatorWidth = width;
-  changed();
+  setLayoutValue(myIndicatorWidth, width);
 }
 
 void cTreeViewChild::setBgColor(unsigned colour) {
-  if (myBgColor == colour) return;
-  myBgColor = colour;
-  changed();
+  setLayoutValue(myBgColor, colour);
 }
 
 void cTreeViewChild::setFrmColor(unsigned colour) {
@@ -277,9 +267,6 @@ void cTreeViewChild::setImageLists(cPicturesList* normal, cPicturesList* second,
   myImages[0] = normal;
   myImages[1] = second;
   myImages[2] = third;
-  for (cTreeItem* p = myItems.first(); p; p = p->nextInOrder()) {
-    if (auto* item = static_cast<cTreeViewItem*>(p); item->element) item->element->forgetSize();
-  }
   changed();
 }
 
@@ -305,16 +292,11 @@ cSelectableStaticChild::sColours cTreeViewChild::labelLook(const cTreeViewItem* 
 // --- layout ------------------------------------------------------------------------------
 
 void cTreeViewChild::changed() {
-  if (myChanging) {
-    myDirty = true;
-    return;
-  }
-  build();
+  if (myBatch.now()) build();
 }
 
 void cTreeViewChild::endChanges() {
-  myChanging = false;
-  if (myDirty) build();
+  if (myBatch.end()) build();
 }
 
 void cTreeViewChild::makeElements(cTreeViewItem* item) {
@@ -333,12 +315,12 @@ void cTreeViewChild::makeElements(cTreeViewItem* item) {
 }
 
 void cTreeViewChild::applyImages(cTreeViewItem* item) {
-  if (item->image < 0) return;
   const cPicture* pictures[3] = {};
-  for (int k = 0; k < 3; ++k) {
+  for (int k = 0; k < 3 && item->image >= 0; ++k) {
     if (myImages[k]) pictures[k] = myImages[k]->image(item->image);
   }
-  item->element->setImages(pictures[0], pictures[1], pictures[2]);
+  // Another picture changes the label's width.
+  if (item->element->setImages(pictures[0], pictures[1], pictures[2])) item->element->forgetSize();
 }
 
 void cTreeViewChild::layoutItem(cTreeViewItem* item, int depth, bool visible, sLayout& at) {
@@ -381,13 +363,13 @@ void cTreeViewChild::layoutItem(cTreeViewItem* item, int depth, bool visible, sL
 }
 
 void cTreeViewChild::build() {
-  myDirty = false;
-  ++myBuilds;
+  myBatch.built();
   sLayout at;
-  at.minHeight = height();
+  at.minHeight = INT_MAX;
   for (cTreeViewItem* item = root(); item; item = item->nextItem()) layoutItem(item, 1, true, at);
+  myMinRow = at.minHeight == INT_MAX ? 1 : std::max(1, at.minHeight);
   setVirtualSize(at.right, at.y);
-  setScrollSteps(5, mySpacing + std::max(1, at.minHeight));
+  setRowStep();
   if (mySelected && mySelected->element && mySelected->element->visible_child())
     scrollIntoView(mySelected);
   repaint();
@@ -399,10 +381,13 @@ void cTreeViewChild::onPaint(cCanvas* canvas) {
   canvas->drawRect(&all, myBgColor, myFrmColor);
 }
 
+void cTreeViewChild::setRowStep() {
+  setScrollSteps(5, mySpacing + std::max(1, std::min(myMinRow, height())));
+}
+
 void cTreeViewChild::onSizeChanged() {
   cScrollableElement::onSizeChanged();
-  // The smallest row height starts from the control's height: a resize can change it.
-  changed();
+  setRowStep(); // the rows stay as they are; only a step longer than the control shrinks
 }
 
 void cTreeViewChild::onConstruct() {

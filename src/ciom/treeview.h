@@ -17,6 +17,7 @@
 #include <string>
 
 #include "base/tree.h"
+#include "batch.h"
 #include "scrollable.h"
 #include "selstatic.h"
 #include "typeahead.h"
@@ -153,11 +154,11 @@ public:
   void setUnfocusedColors(unsigned text, unsigned background, unsigned frame);
 
   // --- batching
-  void startChanges() { myChanging = true; }
+  void startChanges() { myBatch.start(); }
   void endChanges();
   void update() { build(); }
   void build();
-  long long builds() const { return myBuilds; } // how many layouts ran
+  long long builds() const { return myBatch.builds(); } // how many layouts ran
 
   void onInitData() override;
   void onPaint(cCanvas* canvas) override;
@@ -187,8 +188,16 @@ private:
   struct sLayout {
     int y = 1, right = 0, minHeight = 0;
   };
+  void setRowStep(); // the vertical scroll step: a row, as short as the control allows
 
-  void changed(); // rebuilds now, or at the end of the batch
+  void dropItems(); // the items and their elements, without a rebuild
+  void changed();   // rebuilds now, or at the end of the batch
+  // Sets a layout value; a new one rebuilds.
+  template <class T> void setLayoutValue(T& field, T value) {
+    if (field == value) return;
+    field = value;
+    changed();
+  }
   void layoutItem(cTreeViewItem* item, int depth, bool visible, sLayout& at);
   void makeElements(cTreeViewItem* item);
   void applyImages(cTreeViewItem* item);
@@ -220,10 +229,10 @@ private:
   cPicturesList* myImages[3] = {nullptr, nullptr, nullptr};
   unsigned myBgColor = 0, myFrmColor = 0;
   unsigned myUnfocused[3] = {0, 0, 0};
+  int myMinRow = 1; // the lowest row of the last build
   cTreeViewItem* mySelected = nullptr;
   cTreeViewItem* myAnnounce = nullptr; // selected by select(): its label's action 6 is news
   cTreeViewItem* myUnfocusedItem = nullptr;
-  bool myChanging = false, myDirty = false;
-  long long myBuilds = 0;
+  cChangeBatch myBatch;
   cTypeAhead myTyped;
 };
