@@ -43,7 +43,8 @@ void cCustomForm::setCustomDraw(unsigned colour, bool on) {
 }
 
 bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {
-  if (!shift && !ctrl && !alt) {
+  cChildElement* focus = getFocused();
+  if (!shift && !ctrl && !alt && !(focus && focus->claimsKey(key))) {
     if (key == kKeyEnter && onFormAccept()) return true;
     if (key == kKeyEscape && onFormCancel()) return true;
   }

@@ -102,7 +102,8 @@ bool cEditChild::setText(const char* utf8, long long len, bool repaintNow) {
   if (n > 0 && n < wide.count() && isHighSurrogate(wide[n - 1])) --n; // a pair cut in half
   if (n > 0) std::copy(wide.begin(), wide.begin() + n, myText.begin());
   myText[n] = 0;
-  myLength = myCaret = n;
+  myLength = n;
+  myCaret = 0; // the start of a new text is what shows, as in other toolkits
   mySelFirst = mySelLast = -1;
   myPendingHigh = 0;
   myUndo.clear();
@@ -200,6 +201,19 @@ bool cEditChild::insertUnits(const unsigned short* ins, long long n, eEditKind k
   }
   replace(myCaret, 0, ins, n);
   changed(kind);
+  return true;
+}
+
+bool cEditChild::retype(const char* utf8) {
+  if (myReadonly) return false;
+  _typebuf<unsigned short> wide;
+  if (utf8) utf8ToUnits(utf8, -1, wide);
+  const long long n = wide.count();
+  if (n == myLength && std::equal(wide.begin(), wide.end(), myText.begin())) return false;
+  remember(ekOther);
+  replace(0, myLength, n ? wide.begin() : kNoUnits, n);
+  selectAll();
+  changed(ekOther);
   return true;
 }
 

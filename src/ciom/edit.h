@@ -50,7 +50,7 @@ public:
   long long length() const { return myLength; }
   const unsigned short* units() const { return myText.data(); }
 
-  // The text as UTF-8. Setting it (cut to the maximum length) puts the caret at the end,
+  // The text as UTF-8. Setting it (cut to the maximum length) puts the caret at the start,
   // selects nothing and forgets the undo history.
   const char* text() override;
   long long text(char* out, long long cap) override;
@@ -120,6 +120,9 @@ public:
   void cancelSelection();
   // Deletes the selected units; true when something was deleted.
   bool deleteSelection();
+  // Replaces the whole text as the user would (one undoable step, kChangedCode raised)
+  // and selects it; false for a read-only box or a text already equal.
+  bool retype(const char* utf8);
   // Moves the caret to index (kept in range, never inside a pair), selecting nothing.
   void setCaret(long long index);
   // The caret moved from `from` to `to` with shift held: grows, shrinks or replaces the

@@ -138,6 +138,9 @@ public:
   virtual void onEnableChanged(bool) {}
   virtual void onSetFocusEvent(eEventOrigin origin, bool shift, bool ctrl);
   virtual void onSetFocus(bool, bool) {}
+  // True when the focused element has its own use now for a key that its form would
+  // otherwise take first (Enter, Escape): an edit that Escape would take back.
+  virtual bool claimsKey(int) { return false; }
   virtual void onLooseFocus(bool, bool) {}
   virtual void onLooseFocusChild(cChildElement*, bool, bool) {}
   virtual void onMenuActivate() {}

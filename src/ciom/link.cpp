@@ -27,10 +27,17 @@ void cLinkChild::setColour(unsigned colour) {
   repaint();
 }
 
+void cLinkChild::setMargin(int left) {
+  myMargin = std::max(0, left);
+  repaint();
+}
+
 bool cLinkChild::wantedSize(sSize& size) {
   const char* t = text();
   size = {};
-  return t && sizeOf(t, size, stdFontUnderlined());
+  if (!t || !sizeOf(t, size, stdFontUnderlined())) return false;
+  size.width += myMargin;
+  return true;
 }
 
 void cLinkChild::onPaint(cCanvas* canvas) {
@@ -46,12 +53,12 @@ void cLinkChild::onPaint(cCanvas* canvas) {
   canvas->setTextColors(ink, defaultBackgroundColor());
   sSize size;
   canvas->textSize(t, -1, size);
-  canvas->drawTextLimited(0, 0, width(), height(), cCanvas::taLeft, true, 0, 0, t,
+  canvas->drawTextLimited(0, 0, width(), height(), cCanvas::taLeft, true, myMargin, 0, t,
                           static_cast<long long>(std::strlen(t)), nullptr, false);
   if (hasFocus()) {
     // A dotted line under the text marks the focus.
     const int y = std::min(height() - 1, (height() + size.height) / 2);
-    for (int x = 0; x < std::min(size.width, width()); x += 2) {
+    for (int x = myMargin; x < std::min(myMargin + size.width, width()); x += 2) {
       const sRect dot{x, y, 1, 1};
       canvas->drawRect(&dot, ink, ink);
     }

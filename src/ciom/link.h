@@ -7,6 +7,7 @@
 class cLinkChild : public cChildElement {
 public:
   void setColour(unsigned colour);
+  void setMargin(int left); // room left of the text
   bool wantedSize(sSize& size);
   bool hot() const { return myHot; }
 
@@ -22,5 +23,6 @@ public:
 
 private:
   unsigned myColour = 0xFF000000; // the theme's accent until set
+  int myMargin = 0;
   bool myHot = false, myPressed = false;
 };

@@ -1,6 +1,7 @@
 // A property sheet's sections: the header with its fold button, and the rows laid out in
 // two columns on either side of a divider.
 #include <algorithm>
+#include <string>
 
 #include "ciom/themeimages.h"
 #include "propsheet.h"
@@ -12,6 +13,48 @@ constexpr int kAccent = 16, kInk = 50, kGround = 51, kBoxBorder = 14, kBoxHot = 
 constexpr int kHeaderHeight = 24; // theme dimension
 constexpr int kHideHint = 0, kOpenHint = 1, kButtonHint = 2;
 constexpr int kFoldSize = 18, kHeaderPadding = 4;
+
+// Values cut short by a narrow column show their whole text as a tooltip.
+class cValueText : public cStaticChild {
+public:
+  const char* hint() override {
+    sSize size;
+    return wantedSize(size) && size.width > width() ? text() : cStaticChild::hint();
+  }
+};
+
+// An editable value commits what it holds when it takes the focus, on Enter and when it is
+// set; Escape goes back to the committed text, and only an Escape with nothing to take
+// back is left to the form.
+class cValueBox : public cEditChild {
+public:
+  const char* hint() override {
+    const bool cut = symbolPos(static_cast<int>(length())) + scrollX() > width() - kPadding;
+    return cut ? text() : cEditChild::hint();
+  }
+  bool setText(const char* utf8, long long len, bool repaintNow) override {
+    const bool done = cEditChild::setText(utf8, len, repaintNow);
+    myCommitted = text();
+    return done;
+  }
+  void onSetFocus(bool shift, bool ctrl) override {
+    myCommitted = text();
+    cEditChild::onSetFocus(shift, ctrl);
+  }
+  bool onKey(int key, bool shift, bool ctrl, bool alt) override {
+    if (!shift && !ctrl && !alt) {
+      if (key == kKeyEnter) myCommitted = text();
+      if (key == kKeyEscape && retype(myCommitted.c_str())) return true;
+    }
+    return cEditChild::onKey(key, shift, ctrl, alt);
+  }
+  bool claimsKey(int key) override {
+    return key == kKeyEscape && !readonly() && myCommitted != text();
+  }
+
+private:
+  std::string myCommitted;
+};
 
 } // namespace
 
@@ -140,15 +183,17 @@ bool cPropSheetChild::cSectionChild::addProp(int id, const char* caption, const 
   switch (kind) {
   case ptText:
   case ptTextAction: {
-    auto text = std::make_unique<cStaticChild>();
+    auto text = std::make_unique<cValueText>();
     text->setTextColour(ink);
     text->setDefaultBackgroundColor(ground);
+    text->setMargin(cEditChild::kPadding); // where the text inside the boxes starts
     p.value = std::move(text);
     break;
   }
   case ptLink: {
     auto link = std::make_unique<cLinkChild>();
     link->setDefaultBackgroundColor(ground);
+    link->setMargin(cEditChild::kPadding);
     p.value = std::move(link);
     part = kLinkPart;
     break;
@@ -156,7 +201,7 @@ bool cPropSheetChild::cSectionChild::addProp(int id, const char* caption, const 
   case ptEdit:
   case ptReadonlyAction:
   case ptReadonly: {
-    auto box = std::make_unique<cEditChild>();
+    auto box = std::make_unique<cValueBox>();
     box->resetColors(ink, ground, theme.getColor(kind == ptReadonlyAction ? kGround : kBoxBorder));
     if (kind != ptEdit) {
       box->setReadonly(true);

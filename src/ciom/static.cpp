@@ -27,6 +27,11 @@ void cStaticChild::setAlign(cCanvas::eTextAlign align) {
   repaint();
 }
 
+void cStaticChild::setMargin(int left) {
+  myMargin = std::max(0, left);
+  repaint();
+}
+
 cFontObject* cStaticChild::font() {
   return myFont ? myFont : stdFont();
 }
@@ -40,6 +45,7 @@ bool cStaticChild::wantedSize(sSize& size) {
     size.width += pict->width() + (size.width ? kPictureGap : 0);
     size.height = std::max(size.height, pict->height());
   }
+  size.width += myMargin;
   return true;
 }
 
@@ -49,12 +55,12 @@ void cStaticChild::onPaint(cCanvas* canvas) {
   if (!transparent()) canvas->drawRect(&all, defaultBackgroundColor(), defaultBackgroundColor());
   const char* t = text();
   const bool hasText = t && *t;
-  int x = 0;
+  int x = myMargin;
   if (const cPicture* pict = myPicture.image()) {
-    const int px = hasText ? 0 : (width() - pict->width()) / 2;
+    const int px = hasText ? x : (width() - pict->width()) / 2;
     const sPoint at{px, (height() - pict->height()) / 2};
     canvas->drawTransparent(&at, pict, nullptr);
-    x = pict->width() + kPictureGap;
+    x += pict->width() + kPictureGap;
   }
   if (!hasText || !canvas->setTextMode(font())) return;
   const unsigned colour =

@@ -14,6 +14,8 @@ public:
   // Null: the standard font. The font is a shared object; the element does not own it.
   void setFont(cFontObject* font);
   void setAlign(cCanvas::eTextAlign align);
+  // Room left of the picture and text.
+  void setMargin(int left);
   // The picture stands centred in the element when there is no text, else at its left
   // with the text after it.
   cChildPicture& picture() { return myPicture; }
@@ -28,5 +30,6 @@ private:
   unsigned myColour = kDefaultColour;
   cFontObject* myFont = nullptr;
   cCanvas::eTextAlign myAlign = cCanvas::taLeft;
+  int myMargin = 0;
   cChildPicture myPicture;
 };

@@ -166,6 +166,39 @@ TEST_F(PropSheet, UserActionsRaiseTheirCodes) {
   EXPECT_EQ(root.ex.display().body(), "about it");
 }
 
+TEST_F(PropSheet, EscapeRestoresTheCommittedValueAndCutValuesShowThemWhole) {
+  P& s = sheet();
+  cChildElement* box = s.editControl(1, 4);
+  box->focus();
+  nsoff::runUntilIdle();
+  const auto typeThen = [](const char* text, int key) {
+    nsoff::key(cChildElement::kKeyEnd);
+    nsoff::type(text);
+    if (key) nsoff::key(key);
+    nsoff::runUntilIdle();
+  };
+  typeThen("1", cChildElement::kKeyEnter); // committed
+  typeThen("2", 0);
+  // The box claims Escape before its form while it has an edit to take back.
+  EXPECT_TRUE(box->claimsKey(cChildElement::kKeyEscape));
+  nsoff::key(cChildElement::kKeyEscape);
+  nsoff::runUntilIdle();
+  EXPECT_STREQ(s.value(1, 4), "v1");
+  EXPECT_FALSE(box->claimsKey(cChildElement::kKeyEscape));
+
+  // A value wider than its column offers itself whole as the tooltip; one that fits does
+  // not. Boxes and plain text alike.
+  const std::string longText(200, 'W');
+  for (int prop : {1, 6}) {
+    SCOPED_TRACE(prop);
+    cChildElement* value = P::textElement(*s.sectionOf(1)->prop(prop));
+    EXPECT_EQ(value->hint(), nullptr);
+    s.setPropertyVal(1, prop, longText.c_str());
+    ASSERT_NE(value->hint(), nullptr);
+    EXPECT_EQ(value->hint(), longText);
+  }
+}
+
 TEST_F(PropSheet, FoldingHidesRowsQuietlyAndBatchesRebuildOnce) {
   P& s = sheet();
   P::cSectionChild* general = s.sectionOf(1);
