@@ -1,7 +1,8 @@
 #!/bin/bash
 # The demonstration program on the real X server: the form with a tooltip, a confirm
-# box answered with Enter and a popup dismissed with Escape, each photographed into
-# OUT (the build folder). Exits 77 (skipped) without a display.
+# box answered with Enter, a popup dismissed with Escape, the controls and the
+# definitions, each photographed into OUT (the build folder). Exits 77 (skipped)
+# without a display.
 set -euo pipefail
 demo=$1 out=$2
 [[ -n "${DISPLAY:-}" ]] || { echo "no X display: ./test.sh runs this under Xvfb"; exit 77; }
@@ -88,4 +89,15 @@ sleep 0.3
 xdotool key Escape
 finish "controls closed, name: JPEG (EXIF) and PNG"
 grep -qx "rule hits: Always (active)" "$log" || { echo "no choice reported:"; cat "$log"; exit 1; }
+# The definitions: Down twice walks the focused tree to PNG, Tab goes to its name, a new
+# name typed is taken back with Escape; two more Escapes drop the selection and close.
+start "Definitions" --show definitions
+xdotool key --delay 80 Down Down Tab
+xdotool type --delay 40 "Portable"
+xdotool key Escape
+sleep 0.3
+import -window root "$out/demo-x11-definitions.png"
+xdotool key --delay 80 Escape Escape
+finish "definitions closed, name: PNG"
+grep -qx "definition: PNG" "$log" || { echo "no definition chosen:"; cat "$log"; exit 1; }
 echo "screenshots in $out"

@@ -1,5 +1,5 @@
 // The X11 backend against a real X server (./test.sh starts a private Xvfb): windows,
-// painting, closing, modal runs, the clipboard and typed keys.
+// painting, closing, modal runs, the clipboard, typed keys and a tree walked by a user.
 #include <gtest/gtest.h>
 
 #include <X11/Xlib.h>
@@ -12,6 +12,7 @@
 
 #include "ciom/customform.h"
 #include "ciom/edit.h"
+#include "ciom/treeview.h"
 #include "ciplatform/cairocanvas.h"
 #include "ciplatform/nswmaker.h"
 
@@ -262,6 +263,67 @@ TEST_F(X11, TheEditBoxTakesTypedTextAndTheClipboard) {
   EXPECT_EQ(copied, "x\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac");
   EXPECT_EQ(selected, copied);
   EXPECT_STREQ(dialog.edit.text(), "midx\xc3\xa9\xe6\x97\xa5\xe6\x9c\xac pasted");
+}
+
+// A form with a tree: a (a1, a2) collapsed, b (b1 (b1x) collapsed, b2). It records the
+// selected items; a posted kEnd action ends its modal run.
+class cTreeDialog : public cCustomForm {
+public:
+  using cItem = cTreeViewChild::cTreeViewItem;
+  cTreeViewChild tree;
+  std::vector<std::string> selected;
+  cItem *a = nullptr, *b1 = nullptr;
+  static constexpr int kEnd = 100;
+
+  void onConstruct() override {
+    cCustomForm::onConstruct();
+    clientArea()->attach(&tree, 10, 10, 260, 200);
+    a = add(nullptr, "a");
+    add(a, "a1");
+    add(a, "a2");
+    cItem* b = add(nullptr, "b");
+    b1 = add(b, "b1");
+    add(b1, "b1x");
+    add(b, "b2");
+    a->collapsed = b1->collapsed = true;
+    tree.build();
+  }
+  cItem* add(cItem* parent, const char* text) {
+    auto* item = new cItem(text, nullptr);
+    tree.storeUnder(parent, item);
+    return item;
+  }
+  bool onAction(cChildElement* source, cChildAction* action) override {
+    if (source == &tree && action->code == cTreeViewChild::kSelected)
+      selected.push_back(static_cast<cTreeViewChild::cTreeItemAction*>(action)->item->text);
+    if (source == this && action->code == kEnd) end_modal(0);
+    return cCustomForm::onAction(source, action);
+  }
+};
+
+TEST_F(X11, ATreeIsWalkedWithTheMouseAndTheArrows) {
+  cTreeDialog dialog;
+  std::thread user([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const auto clickOn = [](cChildElement* e) {
+      sPoint at;
+      e->absPos(at); // on the screen
+      run("xdotool mousemove " + std::to_string(at.x + 4) + " " +
+          std::to_string(at.y + e->height() / 2) + " click 1");
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    };
+    clickOn(dialog.b1->parentItem()->element.get()); // b
+    // Down to b1, Right opens it and goes in, Left goes back out, "-" closes it.
+    run("xdotool key --delay 80 Down Right Left minus");
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    clickOn(dialog.a->control.get()); // a's expander opens it and selects it
+    dialog.postAction(new cChildAction(cTreeDialog::kEnd));
+  });
+  ns().modal("tree", 280, 240, &dialog, nullptr, false);
+  user.join();
+  EXPECT_EQ(dialog.selected, (std::vector<std::string>{"b", "b1", "b1x", "b1", "a"}));
+  EXPECT_FALSE(dialog.a->collapsed);
+  EXPECT_TRUE(dialog.b1->collapsed);
 }
 
 } // namespace

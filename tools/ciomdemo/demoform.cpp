@@ -5,6 +5,7 @@
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "controlsform.h"
+#include "defsform.h"
 
 namespace {
 
@@ -30,6 +31,7 @@ void cDemoForm::onConstruct() {
   myButtons.addButton(kPopup, "Popup menu", "A popup list below the button");
   myButtons.addButton(kControls, "Controls",
                       "Edit boxes, a drop-down list, splitters, scroll bars");
+  myButtons.addButton(kDefinitions, "Definitions", "A tree view beside a property sheet");
   myButtons.move(10, 40, myButtons.wantedWidth(), 24);
 
   myHintLabel.setTransparent(true);
@@ -110,6 +112,13 @@ bool cDemoForm::onAction(cChildElement* source, cChildAction* action) {
     if (myControlsHook) myControlsHook(&controls);
     controls.modal("Controls", 640, 380, this, true);
     if (myControlsHook) myControlsHook(nullptr);
+    break;
+  }
+  case kDefinitions: {
+    cDefinitionsForm definitions([this](const std::string& text) { answer(text); });
+    if (myDefinitionsHook) myDefinitionsHook(&definitions);
+    definitions.modal("Definitions", 760, 460, this, true);
+    if (myDefinitionsHook) myDefinitionsHook(nullptr);
     break;
   }
   default:

@@ -1,6 +1,6 @@
-// The demonstration form: a row of buttons that open each message box, a popup menu and
-// the form of controls (controlsform.h), a label with a tooltip, and a line that shows
-// the last answer.
+// The demonstration form: a row of buttons that open each message box, a popup menu, the
+// form of controls (controlsform.h) and the form of definitions (defsform.h), a label with
+// a tooltip, and a line that shows the last answer.
 #pragma once
 
 #include <functional>
@@ -11,10 +11,20 @@
 #include "ciom/toolbar.h"
 
 class cControlsForm;
+class cDefinitionsForm;
 
 class cDemoForm : public cCustomForm {
 public:
-  enum eButton { kInfo = 1, kWarning, kError, kConfirm, kWarnConfirm, kPopup, kControls };
+  enum eButton {
+    kInfo = 1,
+    kWarning,
+    kError,
+    kConfirm,
+    kWarnConfirm,
+    kPopup,
+    kControls,
+    kDefinitions
+  };
 
   // With quit set, the form closes its window after the first button's work is done.
   void setQuitAfterOne(bool quit) { myQuit = quit; }
@@ -25,6 +35,10 @@ public:
   // Called with the controls form once it is built and again (null) when it has closed.
   void setControlsHook(std::function<void(cControlsForm*)> hook) {
     myControlsHook = std::move(hook);
+  }
+  // The same for the definitions form.
+  void setDefinitionsHook(std::function<void(cDefinitionsForm*)> hook) {
+    myDefinitionsHook = std::move(hook);
   }
   cStaticChild& hintLabel() { return myHintLabel; }
 
@@ -40,4 +54,5 @@ private:
   std::string myAnswer;
   bool myQuit = false;
   std::function<void(cControlsForm*)> myControlsHook;
+  std::function<void(cDefinitionsForm*)> myDefinitionsHook;
 };

@@ -2,7 +2,8 @@
 //
 //   ciomdemo                 the form; Escape or closing the window ends it
 //   ciomdemo --show NAME     presses one button at once and ends after it; NAME is info,
-//                            warning, error, confirm, warnconfirm, popup or controls
+//                            warning, error, confirm, warnconfirm, popup, controls or
+//                            definitions
 //   ciomdemo --shots DIR     (with QVRACI_PLATFORM=offscreen) walks through the form, a
 //                            tooltip, a message box, the popup menu and the controls
 //                            (typed into, the list scrolled, the drop-down list open), and
@@ -18,6 +19,7 @@
 
 #include "ciplatform/nswmaker.h"
 #include "controlsform.h"
+#include "defsform.h"
 #include "demoform.h"
 #include "nslib/nsoffscreen.h"
 
@@ -27,13 +29,14 @@ constexpr int kEnter = 397, kEscape = 283, kDown = 340, kLeft = 337, kEnd = 343;
 
 int usage() {
   std::fprintf(stderr, "usage: ciomdemo [--show info|warning|error|confirm|warnconfirm|popup|"
-                       "controls] [--shots DIR]\n");
+                       "controls|definitions] [--shots DIR]\n");
   return 2;
 }
 
 int buttonNamed(const char* name) {
-  const char* names[] = {"info", "warning", "error", "confirm", "warnconfirm", "popup", "controls"};
-  for (int i = 0; i < 7; ++i) {
+  const char* names[] = {"info",        "warning", "error",    "confirm",
+                         "warnconfirm", "popup",   "controls", "definitions"};
+  for (int i = 0; i < 8; ++i) {
     if (std::strcmp(name, names[i]) == 0) return cDemoForm::kInfo + i;
   }
   return 0;
@@ -108,6 +111,35 @@ bool shots(cDemoForm& form, const std::string& dir) {
                   [] { nsoff::key(kDown); }, [&] { shot("controls-list"); },
                   [] { nsoff::key(kEnter); }, [] { nsoff::key(kEscape); }});
   form.setControlsHook(nullptr);
+
+  // The definitions: a branch collapsed with its expander, another definition chosen with
+  // the keyboard, then a drop-down list of its sheet opened and a choice made.
+  cDefinitionsForm* defs = nullptr;
+  form.setDefinitionsHook([&](cDefinitionsForm* f) { defs = f; });
+  const auto clickOn = [](cChildElement* e) {
+    if (!e) return;
+    const sPoint at = centre(e);
+    nsoff::click(at.x, at.y);
+  };
+  const auto named = [&](const char* text) {
+    cTreeItem* p = defs->tree().root();
+    while (p && static_cast<cTreeViewChild::cTreeViewItem*>(p)->text != text) p = p->nextInOrder();
+    return static_cast<cTreeViewChild::cTreeViewItem*>(p);
+  };
+  pressAndAnswer(cDemoForm::kDefinitions,
+                 {[&] { clickOn(named("Archives")->control.get()); },
+                  [&] {
+                    clickOn(named("JPEG (JFIF)")->element.get());
+                    nsoff::key(kDown);
+                  },
+                  [&] { shot("definitions"); },
+                  [&] {
+                    clickOn(defs->properties().sheet().editControl(cDefinitionsForm::kEnd,
+                                                                   cDefinitionsForm::kEndRule));
+                  },
+                  [] { nsoff::key(kDown); }, [&] { shot("definitions-list"); },
+                  [] { nsoff::key(kEnter); }, [] { nsoff::key(kEscape); }});
+  form.setDefinitionsHook(nullptr);
   nsoff::setIdleHook(nullptr);
   return ok;
 }
