@@ -1,0 +1,422 @@
+#include "filechoose.h"
+
+#include <algorithm>
+
+#include "base/folders.h"
+#include "ciom/themeimages.h"
+#include "langfile.h"
+#include "messageform.h"
+#include "newfolder.h"
+#include "theme.h"
+
+namespace {
+
+// Texts of the "ciom::filechoose" section.
+enum eText {
+  txOpenTitle = 0,
+  txSaveTitle = 1,
+  txLookIn = 2,
+  txFileName = 3,
+  txFilesOfType = 4,
+  txOpen = 5,
+  txSave = 6,
+  txCancel = 7,
+  txName = 8,
+  txSize = 9,
+  txType = 10,
+  txModified = 11,
+  txFolder = 12,
+  txUp = 13,
+  txNewFolder = 14,
+  txCannotCreate = 16,
+  txReplace = 17,
+  txNotFound = 18,
+  txCannotOpen = 19,
+  txAllFiles = 20,
+  txPlaces = 21,
+  txRefresh = 22,
+  txShowHidden = 23,
+  txEnterName = 24
+};
+
+enum ePicture { kFolderPicture = 0, kFilePicture, kDrivePicture };
+
+constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
+constexpr int kButtonMinWidth = 80;
+constexpr int kLabelWidth = 84, kFieldX = 96, kPlacesWidth = 150, kGap = 8;
+constexpr int kTop = 6, kRow = 22, kListTop = 36, kBelowLists = 70;
+constexpr int kKeyF5 = 450, kKeyH = 'H', kKeyL = 'L';
+
+const char* textOr(const char* text, const char* fallback) {
+  return text && *text ? text : fallback;
+}
+
+} // namespace
+
+cFileChooseDialog::cFileChooseDialog(eMode mode, std::vector<sFileFilter> filters,
+                                     const char* folder, const char* name)
+    : myMode(mode), myFilters(std::move(filters)), myStart(folder ? folder : ""),
+      myStartName(name ? name : "") {}
+
+std::optional<std::string> cFileChooseDialog::open(cChildElement* parent, const char* caption,
+                                                   const std::vector<sFileFilter>& filters,
+                                                   const char* folder) {
+  cFileChooseDialog dialog(fmOpen, filters, folder, nullptr);
+  return dialog.run(parent, caption);
+}
+
+std::optional<std::string> cFileChooseDialog::save(cChildElement* parent, const char* caption,
+                                                   const std::vector<sFileFilter>& filters,
+                                                   const char* folder, const char* name) {
+  cFileChooseDialog dialog(fmSave, filters, folder, name);
+  return dialog.run(parent, caption);
+}
+
+std::optional<std::string> cFileChooseDialog::run(cChildElement* parent, const char* caption) {
+  if (!parent) return std::nullopt;
+  if (!caption || !*caption) {
+    const cCiomLangData* section = parent->requestNamedLangResource(wantLangResource());
+    caption = section ? section->string(myMode == fmOpen ? txOpenTitle : txSaveTitle) : "";
+  }
+  modal(caption ? caption : "", kWidth, kHeight, parent, true);
+  return myChosen;
+}
+
+// --- building ----------------------------------------------------------------------------
+
+void cFileChooseDialog::onConstruct() {
+  cCustomForm::onConstruct();
+  const cCITheme& theme = cCITheme::theme();
+  cPanelChild* panel = clientArea();
+
+  myToolPictures.refImage(kUp, theme.getPict(tiFolderUp));
+  myToolPictures.refImage(kNewFolder, theme.getPict(tiNewFolder));
+  myToolPictures.refImage(kRefresh, theme.getPict(tiRefresh));
+  myFilePictures.refImage(kFolderPicture, theme.getPict(tiFolder));
+  myFilePictures.refImage(kFilePicture, theme.getPict(tiFile));
+  myFilePictures.refImage(kDrivePicture, theme.getPict(tiDrive));
+
+  myPathLabel.setTransparent(true);
+  myPathLabel.setText(string(txLookIn), -1, false);
+  panel->anchor(&myPathLabel, kGap, kTop, kLabelWidth, kRow);
+  myTools.setPictures(&myToolPictures);
+  myTools.setTransparent(true);
+  panel->attach(&myTools, 0, 0, 0, 24);
+  myTools.addButton(kUp, nullptr, string(txUp), kUp);
+  myTools.addButton(kNewFolder, nullptr, string(txNewFolder), kNewFolder);
+  myTools.addButton(kRefresh, nullptr, string(txRefresh), kRefresh);
+  const int toolsWidth = myTools.wantedWidth();
+  panel->anchor(&myTools, ~(toolsWidth + kGap), kTop - 1, toolsWidth, 24);
+  panel->anchor(&myPath, kFieldX, kTop, ~(kFieldX + toolsWidth + 2 * kGap), kRow);
+
+  myPlaces.setColumns({{textOr(string(txPlaces), "Places"), kPlacesWidth - 2, false}});
+  myPlaces.showHeader(false);
+  myPlaces.setImages(&myFilePictures);
+  myPlaces.allowScrollBars(true, false);
+  panel->anchor(&myPlaces, kGap, kListTop, kPlacesWidth, ~(kListTop + kBelowLists));
+
+  const int filesX = kGap + kPlacesWidth + kGap;
+  myFiles.setColumns({{string(txName), 250, false},
+                      {string(txSize), 80, true},
+                      {string(txType), 70, false},
+                      {string(txModified), 130, false}});
+  myFiles.setImages(&myFilePictures);
+  myFiles.setSortMark(0, true);
+  panel->anchor(&myFiles, filesX, kListTop, ~(filesX + kGap), ~(kListTop + kBelowLists));
+
+  myNameLabel.setTransparent(true);
+  myNameLabel.setText(string(txFileName), -1, false);
+  panel->anchor(&myNameLabel, kGap, ~(kBelowLists - 8), kLabelWidth, kRow);
+  myName.setMaxLen(4096);
+  panel->anchor(&myName, kFieldX, ~(kBelowLists - 8), ~(kFieldX + kGap), kRow);
+  myTypeLabel.setTransparent(true);
+  myTypeLabel.setText(string(txFilesOfType), -1, false);
+  panel->anchor(&myTypeLabel, kGap, ~(kBelowLists - 38), kLabelWidth, kRow);
+  const int hiddenWidth = 180;
+  panel->anchor(&myTypes, kFieldX, ~(kBelowLists - 38), ~(kFieldX + 2 * kGap + hiddenWidth), kRow);
+  for (size_t i = 0; i < myFilters.size(); ++i)
+    myTypes.addItem(static_cast<int>(i) + 1, myFilters[i].name.c_str());
+  myTypes.addItem(static_cast<int>(myFilters.size()) + 1, string(txAllFiles));
+  myTypes.setSelected(1);
+  myHidden.setTransparent(true);
+  myHidden.setText(string(txShowHidden), -1, false);
+  panel->anchor(&myHidden, ~(hiddenWidth + kGap), ~(kBelowLists - 40), hiddenWidth, 20);
+
+  const int h = theme.getDimension(kButtonHeightDim, 0);
+  attach(&myButtons, 0, 0, 0, h);
+  myButtons.addButton(kAccept, string(myMode == fmOpen ? txOpen : txSave), nullptr, -1,
+                      kButtonMinWidth);
+  myButtons.addButton(kCancel, string(txCancel), nullptr, -1, kButtonMinWidth);
+  if (cButtonChild* accept = myButtons.button(kAccept)) accept->setDefault(true);
+  const int w = myButtons.wantedWidth();
+  const int fromBottom = bottomMargin() - (bottomMargin() - h) / 2;
+  anchor(&myButtons, ~(w + theme.getDimension(kButtonsRightDim, 0)), ~fromBottom, w, h);
+
+  fillPlaces();
+  // A start that cannot be shown falls back to the home folder, then to the root.
+  _guardchar<char> home;
+  const std::string homeDir = cFolderContents::getHome(home) ? home.c_str() : "/";
+  if (!(myStart.size() && myListing.read(wholePath(myStart, homeDir))) && !myListing.read(homeDir))
+    myListing.read("/");
+  fillFiles({});
+  if (!myStartName.empty()) myName.setText(myStartName.c_str(), -1, false);
+}
+
+bool cFileChooseDialog::onAfterConstruct() {
+  myName.focus();
+  return true;
+}
+
+void cFileChooseDialog::fillPlaces() {
+  myPlaceList = filePlaces();
+  std::vector<cListViewChild::sRow> rows;
+  for (size_t i = 0; i < myPlaceList.size(); ++i) {
+    const sPlace& p = myPlaceList[i];
+    rows.push_back(
+        {{p.name}, p.volume ? kDrivePicture : kFolderPicture, static_cast<long long>(i)});
+  }
+  myPlaces.setRows(std::move(rows));
+}
+
+std::string cFileChooseDialog::patterns() const {
+  const int chosen = myTypes.selected();
+  if (chosen < 1 || chosen > static_cast<int>(myFilters.size())) return {};
+  return myFilters[static_cast<size_t>(chosen - 1)].pattern;
+}
+
+void cFileChooseDialog::fillFiles(const std::string& select) {
+  myPath.setText(myListing.folder().c_str(), -1, true);
+  const char* folderText = textOr(string(txFolder), "Folder");
+  std::vector<cListViewChild::sRow> rows;
+  int chosen = -1;
+  for (int index : myListing.shown(patterns(), myShowHidden, mySort, myAscending)) {
+    const sFileEntry& e = myListing.entry(index);
+    if (!select.empty() && e.name == select) chosen = static_cast<int>(rows.size());
+    rows.push_back(
+        {{e.shown, e.folder ? std::string() : cFileListing::sizeText(e.size),
+          e.folder ? folderText : cFileListing::typeText(e), cFileListing::dateText(e.modified)},
+         e.folder ? kFolderPicture : kFilePicture,
+         index});
+  }
+  myFiles.setRows(std::move(rows));
+  if (chosen >= 0) myFiles.select(chosen, false);
+}
+
+// --- navigation --------------------------------------------------------------------------
+
+bool cFileChooseDialog::go(const std::string& folder) {
+  const std::string from = myListing.folder();
+  if (!myListing.read(folder)) {
+    cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
+                           nullptr);
+    return false;
+  }
+  // Going up selects the folder just left.
+  const bool upward = folder != from && from.rfind(folder == "/" ? "/" : folder + "/", 0) == 0;
+  fillFiles(upward ? baseName(from) : std::string());
+  return true;
+}
+
+void cFileChooseDialog::refresh() {
+  const sFileEntry* e = selectedEntry();
+  const std::string keep = e ? e->name : std::string();
+  if (!myListing.read(myListing.folder())) {
+    cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
+                           nullptr);
+    return;
+  }
+  fillPlaces();
+  fillFiles(keep);
+}
+
+void cFileChooseDialog::setShowHidden(bool on) {
+  myShowHidden = on;
+  myHidden.setChecked(on);
+  const sFileEntry* e = selectedEntry();
+  fillFiles(e ? e->name : std::string());
+}
+
+void cFileChooseDialog::sortBy(int column) {
+  const eFileSort sort = static_cast<eFileSort>(column);
+  myAscending = sort == mySort ? !myAscending : true;
+  mySort = sort;
+  myFiles.setSortMark(column, myAscending);
+  const sFileEntry* e = selectedEntry();
+  fillFiles(e ? e->name : std::string());
+}
+
+const sFileEntry* cFileChooseDialog::selectedEntry() const {
+  const int row = myFiles.selected();
+  if (row < 0) return nullptr;
+  return &myListing.entry(static_cast<int>(myFiles.row(row).tag));
+}
+
+void cFileChooseDialog::newFolder() {
+  _guardchar<char> name;
+  if (!cNewFolderNameReqForm::reqNewFolderName(this, name, nullptr) || name.empty()) return;
+  const std::string path = wholePath(name.c_str(), myListing.folder());
+  if (!cFolderContents::mkdir(path.c_str())) {
+    cMessageForm::errorbox(this, textOr(string(txCannotCreate), "The folder cannot be created."),
+                           nullptr);
+    return;
+  }
+  if (myListing.read(myListing.folder())) fillFiles(baseName(path));
+  myFiles.focus();
+}
+
+// --- choosing ----------------------------------------------------------------------------
+
+void cFileChooseDialog::choose(const std::string& path) {
+  if (myMode == fmSave && cFolderContents::objtype(path.c_str()) != fotNone &&
+      !cMessageForm::confirmbox(this, string(txReplace), nullptr))
+    return;
+  myChosen = path;
+  end_modal(1);
+}
+
+void cFileChooseDialog::activate(const sFileEntry& e) {
+  const std::string path = wholePath(e.name, myListing.folder());
+  if (e.folder) {
+    if (go(path)) myName.setText("", -1, true);
+    return;
+  }
+  choose(path);
+}
+
+void cFileChooseDialog::acceptTyped() {
+  const std::string typed = myName.text() ? myName.text() : "";
+  if (typed.empty()) {
+    if (const sFileEntry* e = selectedEntry()) {
+      activate(*e);
+    } else if (myMode == fmSave) {
+      cMessageForm::warningbox(this, string(txEnterName), nullptr);
+      myName.focus();
+    }
+    return;
+  }
+  // The selected entry's own name, which the box may show with replacement characters.
+  if (const sFileEntry* e = selectedEntry(); e && typed == e->shown) {
+    activate(*e);
+    return;
+  }
+  std::string path = wholePath(typed, myListing.folder());
+  if (cFolderContents::objtype(path.c_str()) == fotFolder) {
+    if (go(path)) myName.setText("", -1, true);
+    return;
+  }
+  if (myMode == fmOpen) {
+    if (cFolderContents::objtype(path.c_str()) == fotNone) {
+      cMessageForm::errorbox(this, string(txNotFound), nullptr);
+      myName.focus();
+      return;
+    }
+    choose(path);
+    return;
+  }
+  // Saving: the filter's extension when the name has none, into a folder that exists.
+  const int chosen = myTypes.selected();
+  const std::string name = baseName(path);
+  if (chosen >= 1 && chosen <= static_cast<int>(myFilters.size()) &&
+      name.find('.') == std::string::npos) {
+    const std::string& ext = myFilters[static_cast<size_t>(chosen - 1)].extension;
+    if (!ext.empty()) path += "." + ext;
+  }
+  if (cFolderContents::objtype(parentFolder(path).c_str()) != fotFolder) {
+    cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
+                           nullptr);
+    myName.focus();
+    return;
+  }
+  choose(path);
+}
+
+// --- events ------------------------------------------------------------------------------
+
+bool cFileChooseDialog::onFormAccept() {
+  if (myPath.hasFocus()) {
+    go(wholePath(myPath.text() ? myPath.text() : "", myListing.folder()));
+  } else if (const sFileEntry* e = selectedEntry(); e && myFiles.hasFocus()) {
+    activate(*e);
+  } else {
+    acceptTyped();
+  }
+  return true;
+}
+
+bool cFileChooseDialog::onFormCancel() {
+  myChosen.reset();
+  end_modal(0);
+  return true;
+}
+
+bool cFileChooseDialog::processKey(int key, bool shift, bool ctrl, bool alt) {
+  if (ctrl && !alt && !shift && key == kKeyH) {
+    setShowHidden(!myShowHidden);
+    return true;
+  }
+  if (ctrl && !alt && !shift && key == kKeyL) {
+    myPath.focus();
+    myPath.selectAll();
+    return true;
+  }
+  if ((alt && !ctrl && !shift && key == kKeyUp) ||
+      (!alt && !ctrl && !shift && key == kKeyBackspace && myFiles.hasFocus())) {
+    up();
+    return true;
+  }
+  if (!alt && !ctrl && !shift && key == kKeyF5) {
+    refresh();
+    return true;
+  }
+  return cCustomForm::processKey(key, shift, ctrl, alt);
+}
+
+bool cFileChooseDialog::onAction(cChildElement* source, cChildAction* action) {
+  const int code = action ? action->code : -1;
+  if (source == &myButtons && code == cToolBarAction::kCode) {
+    const int id = static_cast<cToolBarAction*>(action)->id;
+    return id == kAccept ? onFormAccept() : onFormCancel();
+  }
+  if (source == &myTools && code == cToolBarAction::kCode) {
+    switch (static_cast<cToolBarAction*>(action)->id) {
+    case kUp:
+      up();
+      break;
+    case kNewFolder:
+      newFolder();
+      break;
+    case kRefresh:
+      refresh();
+      break;
+    default:
+      break;
+    }
+    return true;
+  }
+  if (source == &myFiles && code >= cListViewChild::kSelected) {
+    const int index = static_cast<cListViewChild::cListAction*>(action)->index;
+    if (code == cListViewChild::kHeaderClick) {
+      sortBy(index);
+    } else if (const sFileEntry* e = selectedEntry()) {
+      // A chosen file's name goes to the name box; Enter or a double click goes on.
+      if (!e->folder && code == cListViewChild::kSelected)
+        myName.setText(e->shown.c_str(), -1, true);
+      if (code == cListViewChild::kActivated) activate(*e);
+    }
+    return true;
+  }
+  if (source == &myPlaces && code == cListViewChild::kSelected) {
+    const int index = static_cast<cListViewChild::cListAction*>(action)->index;
+    if (index >= 0) go(myPlaceList[static_cast<size_t>(myPlaces.row(index).tag)].path);
+    return true;
+  }
+  if (source == &myTypes && code == cComboBoxChild::kChangedCode) {
+    fillFiles({});
+    return true;
+  }
+  if (source == &myHidden && code == cChildAction::acNotify) {
+    setShowHidden(myHidden.checked());
+    return true;
+  }
+  return cCustomForm::onAction(source, action);
+}

@@ -1,0 +1,111 @@
+// The file choice dialog, for opening and for saving: a "Look in" path with Up, New folder
+// and Refresh; the places on the side; the folder's contents in a list (Name, Size, Type,
+// Modified; folders first; a click on a header sorts by it); the file name box, the
+// filters and the buttons below.
+//
+// Keys: Enter in the name box opens a typed folder or accepts a typed file (a name, a
+// relative or absolute path, or "~/..."); Enter or a double click in the list opens a
+// folder or accepts a file; Backspace in the list and alt+Up go up; ctrl+H shows hidden
+// files; ctrl+L goes to the path box; F5 reads the folder again.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "checkbox.h"
+#include "combo.h"
+#include "customform.h"
+#include "edit.h"
+#include "filelisting.h"
+#include "listview.h"
+#include "pictlist.h"
+#include "static.h"
+#include "toolbar.h"
+
+struct sFileFilter {
+  std::string name;      // "Rules file"
+  std::string extension; // "qrrs": added to a saved name that has none
+  std::string pattern;   // "*.qrrs"; several separated by ";"
+};
+
+class cFileChooseDialog : public cCustomForm {
+public:
+  enum eMode { fmOpen = 0, fmSave = 1 };
+  enum eTool { kUp = 1, kNewFolder, kRefresh };
+  enum eButton { kAccept = 1, kCancel };
+  static constexpr int kWidth = 720, kHeight = 480;
+
+  // Modal over parent; the chosen path, or nothing when cancelled (or for a null parent).
+  // A missing or unreadable folder starts in the home folder.
+  static std::optional<std::string> open(cChildElement* parent, const char* caption,
+                                         const std::vector<sFileFilter>& filters,
+                                         const char* folder);
+  // The same for saving; name, when given, is put in the name box.
+  static std::optional<std::string> save(cChildElement* parent, const char* caption,
+                                         const std::vector<sFileFilter>& filters,
+                                         const char* folder, const char* name = nullptr);
+
+  cFileChooseDialog(eMode mode, std::vector<sFileFilter> filters, const char* folder,
+                    const char* name);
+
+  // Runs the dialog; what open and save do after making it.
+  std::optional<std::string> run(cChildElement* parent, const char* caption);
+
+  // Shows a folder; false (with a message, the old folder still shown) when it cannot be
+  // opened.
+  bool go(const std::string& folder);
+  bool up() { return go(parentFolder(myListing.folder())); }
+  void refresh();
+  void setShowHidden(bool on);
+  // What Enter in the name box does with the text it holds.
+  void acceptTyped();
+
+  const std::string& folder() const { return myListing.folder(); }
+  const std::optional<std::string>& chosen() const { return myChosen; }
+  cListViewChild& files() { return myFiles; }
+  cListViewChild& places() { return myPlaces; }
+  cEditChild& nameBox() { return myName; }
+  cEditChild& pathBox() { return myPath; }
+  cComboBoxChild& types() { return myTypes; }
+  cCheckBoxChild& hiddenBox() { return myHidden; }
+  cToolBarChild& tools() { return myTools; }
+  cToolBarChild& buttons() { return myButtons; }
+
+  const char* wantLangResource() override { return "ciom::filechoose"; }
+  void onConstruct() override;
+  bool onAfterConstruct() override;
+  bool onFormAccept() override;
+  bool onFormCancel() override;
+  bool onAction(cChildElement* source, cChildAction* action) override;
+  bool processKey(int key, bool shift, bool ctrl, bool alt) override;
+
+private:
+  void layoutRows();
+  void fillPlaces();
+  void fillFiles(const std::string& select);
+  std::string patterns() const;
+  const sFileEntry* selectedEntry() const;
+  void activate(const sFileEntry& e);
+  void choose(const std::string& path);
+  void newFolder();
+  void sortBy(int column);
+
+  eMode myMode;
+  std::vector<sFileFilter> myFilters;
+  std::string myStart, myStartName;
+  cFileListing myListing;
+  std::vector<sPlace> myPlaceList;
+  eFileSort mySort = fsName;
+  bool myAscending = true, myShowHidden = false;
+  std::optional<std::string> myChosen;
+
+  cStaticChild myPathLabel, myNameLabel, myTypeLabel;
+  cEditChild myPath, myName;
+  cToolBarChild myTools{cButtonChild::lkFlat};
+  cListViewChild myPlaces, myFiles;
+  cComboBoxChild myTypes;
+  cCheckBoxChild myHidden;
+  cToolBarChild myButtons{cButtonChild::lkPush};
+  cPicturesList myToolPictures, myFilePictures;
+};

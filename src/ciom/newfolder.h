@@ -1,0 +1,48 @@
+// Asks for one line of text in a small modal form: an edit box with a banner, OK and
+// Cancel. The file dialog asks for a new folder's name with it; a subclass that takes its
+// texts from another language section asks for any other value.
+#pragma once
+
+#include "base/buffers.h"
+#include "customform.h"
+#include "edit.h"
+#include "pictlist.h"
+#include "toolbar.h"
+
+class cNewFolderNameReqForm : public cCustomForm {
+public:
+  enum eButton { kOk = 1, kCancel = 2 };
+  static constexpr int kWidth = 300, kHeight = 110;
+
+  // Shows form (a new cNewFolderNameReqForm when null) modally over parent, prefilled
+  // with text; on acceptance text holds what was typed. True for any non-zero result;
+  // false at once for a null parent.
+  static bool reqNewFolderName(cChildElement* parent, _guardchar<char>& text,
+                               cNewFolderNameReqForm* form);
+
+  cEditChild& edit() { return myEdit; }
+  cToolBarChild& buttons() { return myButtons; }
+
+  const char* wantLangResource() override { return "ciom::filechoose"; }
+  void onConstruct() override;
+  bool onAfterConstruct() override;
+  bool onFormAccept() override;
+  bool onFormCancel() override;
+  bool onAction(cChildElement* source, cChildAction* action) override;
+
+protected:
+  // Texts by number in the form's section: the title and the banner of the empty box.
+  virtual int titleString() const { return 14; }  // "New folder"
+  virtual int bannerString() const { return 15; } // "Name of the new folder:"
+  // The buttons' texts.
+  virtual const char* okText();
+  virtual const char* cancelText() { return string(7); }
+  // The size reqNewFolderName opens the form with.
+  virtual sSize formSize() const { return {kWidth, kHeight}; }
+
+private:
+  _guardchar<char>* myText = nullptr;
+  cEditChild myEdit;
+  cToolBarChild myButtons{cButtonChild::lkPush};
+  cPicturesList myPictures;
+};
