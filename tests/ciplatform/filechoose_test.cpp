@@ -27,6 +27,7 @@ class FileChoose : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
+    if (const char* h = std::getenv("HOME")) home = h;
     char pattern[] = "/tmp/qvraci-fc-XXXXXX";
     ASSERT_NE(mkdtemp(pattern), nullptr);
     dir = pattern;
@@ -51,6 +52,7 @@ protected:
     owner.reset();
     chmod((dir + "/locked").c_str(), 0755);
     std::system(("rm -rf '" + dir + "'").c_str());
+    home ? setenv("HOME", home->c_str(), 1) : unsetenv("HOME");
     cOffscreenTest::TearDown();
   }
   // The rows' first cells, as shown.
@@ -71,6 +73,7 @@ protected:
   }
 
   std::string dir;
+  std::optional<std::string> home;
   std::unique_ptr<cCustomForm> owner;
   std::unique_ptr<cWindowHolder> holder;
 };
@@ -135,6 +138,101 @@ TEST_F(FileChoose, TypedNamesAndPathsAreOpenedOrChosen) {
                    [] { nsoff::key(cChildElement::kKeyDown); }, [] { nsoff::key(kEnter); }});
   EXPECT_EQ(folderShown, dir + "/sub");
   EXPECT_EQ(result.value_or("none"), dir + "/sub/inner.qrrs");
+}
+
+TEST_F(FileChoose, SavingAddsTheExtensionAndAsksBeforeReplacing) {
+  const auto save = [&](const std::string& typed, std::vector<std::function<void()>> answer) {
+    D dialog(D::fmSave, {{"Rules", "qrrs", "*.qrrs"}}, dir.c_str(), nullptr);
+    std::vector<std::function<void()>> steps = {[&, typed] {
+      if (!typed.empty()) typeIn(dialog.nameBox(), typed);
+      nsoff::key(kEnter);
+    }};
+    steps.insert(steps.end(), answer.begin(), answer.end());
+    return run(dialog, steps);
+  };
+  std::string asked;
+  const auto caption = [&] { asked = nsoff::topWindow().caption; };
+  EXPECT_EQ(save("new", {}).value_or("none"), dir + "/new.qrrs");
+  EXPECT_EQ(save("a", {caption, [] { nsoff::key(kEnter); }}).value_or("none"), dir + "/a.qrrs");
+  EXPECT_EQ(asked, "Confirm");
+  // No to replacing keeps the dialog open; Escape then cancels it. So does an empty name,
+  // after a warning.
+  EXPECT_FALSE(save("a", {[] { nsoff::key(kEscape); }, [] { nsoff::key(kEscape); }}));
+  asked.clear();
+  EXPECT_FALSE(save("", {caption, [] { nsoff::key(kEnter); }, [] { nsoff::key(kEscape); }}));
+  EXPECT_EQ(asked, "Warning");
+}
+
+TEST_F(FileChoose, FoldersThatCannotBeOpenedSayIt) {
+  D dialog = openDialog();
+  std::vector<std::string> messages;
+  std::vector<std::string> folders;
+  std::vector<std::function<void()>> steps;
+  std::vector<std::string> targets = {dir + "/gone"};
+  if (geteuid() != 0) targets.push_back(dir + "/locked"); // root reads it anyway
+  for (const std::string& target : targets) {
+    steps.push_back([&, target] { dialog.go(target); });
+    steps.push_back([&] {
+      messages.push_back(nsoff::topWindow().caption);
+      nsoff::key(kEnter);
+    });
+    steps.push_back([&] { folders.push_back(dialog.folder()); });
+  }
+  steps.push_back([] { nsoff::key(kEscape); });
+  EXPECT_FALSE(run(dialog, steps));
+  EXPECT_EQ(messages, std::vector<std::string>(targets.size(), "Error"));
+  EXPECT_EQ(folders, std::vector<std::string>(targets.size(), dir));
+}
+
+TEST_F(FileChoose, HeadersSortAndUpSelectsTheFolderLeft) {
+  D dialog = openDialog();
+  std::vector<std::string> bySize, bySizeDown, afterUp;
+  int selectedAfterUp = -1;
+  const auto header = [&](int column) {
+    sPoint at;
+    dialog.files().absPos(at);
+    int x = at.x + 1 - dialog.files().scrollOffset().x;
+    for (int c = 0; c < column; ++c) x += dialog.files().columns()[static_cast<size_t>(c)].width;
+    nsoff::click(x + 20, at.y + 10);
+  };
+  const auto result = run(dialog, {[&] { header(1); },
+                                   [&] {
+                                     bySize = names(dialog.files());
+                                     header(1);
+                                   },
+                                   [&] {
+                                     bySizeDown = names(dialog.files());
+                                     dialog.go(dir + "/sub");
+                                   },
+                                   [] {
+                                     nsoff::key(cChildElement::kKeyUp, {false, false, true, false});
+                                   },
+                                   [&] {
+                                     afterUp = {dialog.folder()};
+                                     selectedAfterUp = dialog.files().selected();
+                                     nsoff::key(kEscape);
+                                   }});
+  EXPECT_FALSE(result);
+  const std::vector<std::string> ascending = {
+      "locked", "sub",   "\xef\xbf\xbd\xef\xbf\xbd.qrrs", "file10.qrrs", "file9.qrrs",
+      "a.qrrs", "B.QRRS"};
+  EXPECT_EQ(bySize, ascending);
+  // Descending keeps the folders first.
+  EXPECT_EQ(bySizeDown, (std::vector<std::string>{"sub", "locked", "B.QRRS", "a.qrrs", "file9.qrrs",
+                                                  "file10.qrrs", "\xef\xbf\xbd\xef\xbf\xbd.qrrs"}));
+  EXPECT_EQ(afterUp, std::vector<std::string>{dir});
+  ASSERT_GE(selectedAfterUp, 0);
+  EXPECT_EQ(dialog.files().row(selectedAfterUp).cells[0], "sub");
+}
+
+TEST_F(FileChoose, ANameThatIsNotUtf8IsChosenByItsBytes) {
+  D dialog = openDialog();
+  const auto result = run(dialog, {[&] {
+                                     dialog.files().focus();
+                                     dialog.files().select(dialog.files().count() - 1, true);
+                                   },
+                                   [] { nsoff::key(kEnter); }});
+  EXPECT_EQ(result.value_or("none"), dir + "/\xff\xfe.qrrs");
 }
 
 } // namespace
