@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "ciom/filechoose.h"
+#include "ciom/newfolder.h"
 #include "offscreen_fixture.h"
 
 namespace {
@@ -66,6 +67,11 @@ protected:
     return dialog.run(owner.get(), nullptr);
   }
   D openDialog() { return D(D::fmOpen, {{"Rules", "qrrs", "*.qrrs"}}, dir.c_str(), nullptr); }
+  // With QVRACI_SHOTS set, a picture of the desktop into that folder.
+  static void shot(const char* name) {
+    if (const char* shots = std::getenv("QVRACI_SHOTS"))
+      nsoff::writeDesktopPng((std::string(shots) + "/filechoose-" + name + ".png").c_str());
+  }
   static void typeIn(cEditChild& box, const std::string& text) {
     box.focus();
     nsoff::runUntilIdle();
@@ -83,9 +89,7 @@ TEST_F(FileChoose, TheFilterShowsFoldersFirstThenMatchingFilesInNaturalOrder) {
   std::vector<std::string> shown, all, withHidden;
   const auto result = run(dialog, {[&] {
                                      shown = names(dialog.files());
-                                     if (const char* shots = std::getenv("QVRACI_SHOTS"))
-                                       nsoff::writeDesktopPng(
-                                           (std::string(shots) + "/filechoose-open.png").c_str());
+                                     shot("open");
                                      dialog.types().focus();
                                    },
                                    [] { nsoff::key(cChildElement::kKeyDown); }, // all files
@@ -233,6 +237,45 @@ TEST_F(FileChoose, ANameThatIsNotUtf8IsChosenByItsBytes) {
                                    },
                                    [] { nsoff::key(kEnter); }});
   EXPECT_EQ(result.value_or("none"), dir + "/\xff\xfe.qrrs");
+}
+
+TEST_F(FileChoose, NewFolderAsksForANameAndSaysWhenItCannotMakeIt) {
+  _guardchar<char> text;
+  EXPECT_FALSE(cNewFolderNameReqForm::reqNewFolderName(nullptr, text, nullptr));
+
+  D dialog = openDialog();
+  std::vector<std::string> seen; // captions of the windows on top, in turn
+  const auto press = [&] {
+    const sPoint at = centreOf(dialog.tools().button(D::kNewFolder));
+    nsoff::click(at.x, at.y);
+  };
+  const auto top = [&] { seen.push_back(nsoff::topWindow().caption); };
+  const auto result = run(dialog, {press,
+                                   [&] {
+                                     top();
+                                     nsoff::key(kEnter); // empty: the form stays
+                                   },
+                                   [&] {
+                                     top();
+                                     nsoff::type("made");
+                                     shot("newfolder");
+                                     nsoff::key(kEnter);
+                                   },
+                                   press,
+                                   [] {
+                                     nsoff::type("sub"); // taken
+                                     nsoff::key(kEnter);
+                                   },
+                                   [&] {
+                                     top();
+                                     nsoff::key(kEnter);
+                                   },
+                                   [] { nsoff::key(kEscape); }});
+  EXPECT_FALSE(result);
+  EXPECT_EQ(seen, (std::vector<std::string>{"New folder", "New folder", "Error"}));
+  struct stat st {};
+  EXPECT_EQ(stat((dir + "/made").c_str(), &st), 0);
+  EXPECT_TRUE(S_ISDIR(st.st_mode));
 }
 
 } // namespace
