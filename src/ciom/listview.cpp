@@ -74,14 +74,17 @@ int cListViewChild::find(long long tag) const {
 int cListViewChild::rowHeight() {
   if (myRowHeight > 0) return myRowHeight;
   sSize text{};
-  sizeOf("Ag", text, stdFont());
+  // Before the list is in a window there is no font to measure with: guess, and keep
+  // measuring until there is.
+  const bool measured = sizeOf("Ag", text, stdFont());
   int h = std::max(text.height + 4, kRowFloor);
   if (myImages) {
     for (const auto& [id, image] : myImages->images()) {
       if (const cPicture* p = image.get()) h = std::max(h, p->height() + 2);
     }
   }
-  return myRowHeight = h;
+  if (measured) myRowHeight = h;
+  return h;
 }
 
 int cListViewChild::columnEdge(int column) const {
@@ -100,6 +103,7 @@ void cListViewChild::updateSize() {
 
 void cListViewChild::onSizeChanged() {
   cScrollableElement::onSizeChanged();
+  if (myRowHeight == 0) updateSize(); // now measured in the window's font
   if (mySelected >= 0) scrollToRow(mySelected);
 }
 
@@ -150,7 +154,7 @@ int cListViewChild::headerColumnAt(int x, int y) const {
 }
 
 int cListViewChild::dividerAt(int x, int y) const {
-  if (headerColumnAt(x, y) < 0 && (!myHeaderShown || y < 1 || y >= 1 + kHeaderHeight)) return -1;
+  if (!myHeaderShown || y < 1 || y >= 1 + kHeaderHeight) return -1;
   const int cx = x - 1 + scrollOffset().x;
   for (int i = 0; i < static_cast<int>(myColumns.size()); ++i) {
     if (std::abs(cx - columnEdge(i)) <= kGrip) return i;
