@@ -199,3 +199,10 @@ bool cCanvas::inDrawArea(const sRect* rect) {
   return rect && !rect->empty() && rect->x < width() && rect->y < height() && rect->right() > 0 &&
          rect->bottom() > 0;
 }
+
+void cCanvas::drawDots(int x, int y, int w, unsigned colour) {
+  for (int dx = 0; dx < w; dx += 2) {
+    const sRect dot{x + dx, y, 1, 1};
+    drawRect(&dot, colour, colour);
+  }
+}

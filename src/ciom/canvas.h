@@ -44,6 +44,8 @@ public:
   virtual bool drawTextWrapped(int x, int y, int w, int h, eTextAlign align,
                                const unsigned short* text, sSize& used, bool measureOnly,
                                double lineFactor);
+  // Every other pixel of a one-pixel row w wide: the focus mark under a label's text.
+  void drawDots(int x, int y, int w, unsigned colour);
   // With border equal to fill the whole rectangle is filled; else its inside (inset by one
   // pixel) is filled and a frame in border colour covers exactly the edge pixels.
   virtual bool drawRect(const sRect* rect, unsigned fill, unsigned border) = 0;

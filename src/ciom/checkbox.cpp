@@ -60,10 +60,7 @@ void cCheckBoxChild::onPaint(cCanvas* canvas) {
     sSize size{};
     canvas->textSize(t, -1, size);
     const int y = std::min(height() - 1, (height() + size.height) / 2);
-    for (int dx = 0; dx < std::min(size.width, width() - x); dx += 2) {
-      const sRect dot{x + dx, y, 1, 1};
-      canvas->drawRect(&dot, ink, ink);
-    }
+    canvas->drawDots(x, y, std::min(size.width, width() - x), ink);
   }
 }
 

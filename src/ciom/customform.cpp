@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int kTopMarginDim = 0, kSideInsetDim = 1, kBottomMarginDim = 2, kFormColour = 0;
+constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
 
 } // namespace
 
@@ -40,6 +41,14 @@ void cCustomForm::setCustomDraw(unsigned colour, bool on) {
   myCustomColour = colour;
   myCustomDraw = on;
   repaint();
+}
+
+int cCustomForm::anchorFooterButtons(cChildElement* buttons, int width) {
+  const cCITheme& theme = cCITheme::theme();
+  const int h = theme.getDimension(kButtonHeightDim, 0);
+  const int fromBottom = myBottomMargin - (myBottomMargin - h) / 2;
+  anchor(buttons, ~(width + theme.getDimension(kButtonsRightDim, 0)), ~fromBottom, width, h);
+  return h;
 }
 
 bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {

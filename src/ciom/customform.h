@@ -24,6 +24,9 @@ public:
   // With on set, drawSkin fills the form with colour instead of drawing the theme's frame.
   void setCustomDraw(unsigned colour, bool on);
   cPanelChild* clientArea() { return &myPanel; }
+  // Anchors a row of dialog buttons of the given width at the bottom right, centred in
+  // the footer band, at the theme's button height (returned).
+  int anchorFooterButtons(cChildElement* buttons, int width);
 
   bool processKey(int key, bool shift, bool ctrl, bool alt) override;
   void onConstruct() override;

@@ -41,7 +41,7 @@ enum eText {
 
 enum ePicture { kFolderPicture = 0, kFilePicture, kDrivePicture };
 
-constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
+constexpr int kButtonHeightDim = 7;
 constexpr int kButtonMinWidth = 80;
 constexpr int kLabelWidth = 84, kFieldX = 96, kPlacesWidth = 150, kGap = 8;
 constexpr int kTop = 6, kRow = 22, kListTop = 36, kBelowLists = 70;
@@ -148,9 +148,7 @@ void cFileChooseDialog::onConstruct() {
                       kButtonMinWidth);
   myButtons.addButton(kCancel, string(txCancel), nullptr, -1, kButtonMinWidth);
   if (cButtonChild* accept = myButtons.button(kAccept)) accept->setDefault(true);
-  const int w = myButtons.wantedWidth();
-  const int fromBottom = bottomMargin() - (bottomMargin() - h) / 2;
-  anchor(&myButtons, ~(w + theme.getDimension(kButtonsRightDim, 0)), ~fromBottom, w, h);
+  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
 
   fillPlaces();
   // A start that cannot be shown falls back to the home folder, then to the root.

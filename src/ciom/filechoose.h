@@ -81,7 +81,6 @@ public:
   bool processKey(int key, bool shift, bool ctrl, bool alt) override;
 
 private:
-  void layoutRows();
   void fillPlaces();
   void fillFiles(const std::string& select);
   std::string patterns() const;

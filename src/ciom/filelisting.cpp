@@ -118,6 +118,7 @@ bool cFileListing::read(const std::string& folder) {
     e.name = info->name.c_str();
     e.shown = validUtf8(e.name);
     e.key = lowerKey(e.shown);
+    e.type = lowerAscii(extensionOf(e.name));
     e.size = info->size;
     e.modified = info->modified;
     e.folder = info->type == fotFolder;
@@ -175,8 +176,7 @@ std::vector<int> cFileListing::shown(const std::string& patterns, bool showHidde
       if (!a.folder && a.size != b.size) return a.size < b.size ? -1 : 1;
       break;
     case fsType:
-      if (int c = lowerAscii(extensionOf(a.name)).compare(lowerAscii(extensionOf(b.name))))
-        return c;
+      if (int c = a.type.compare(b.type)) return c;
       break;
     case fsModified: {
       const auto stamp = [](const sTimestamp& t) {

@@ -11,6 +11,7 @@ struct sFileEntry {
   std::string name;   // the bytes on disk
   std::string shown;  // the name as valid UTF-8: bytes that are not become U+FFFD
   std::u16string key; // the shown name in lower case, for ordering
+  std::string type;   // the extension in lower case, for ordering by type
   unsigned long long size = 0;
   sTimestamp modified;
   bool folder = false, hidden = false;

@@ -58,10 +58,7 @@ void cLinkChild::onPaint(cCanvas* canvas) {
   if (hasFocus()) {
     // A dotted line under the text marks the focus.
     const int y = std::min(height() - 1, (height() + size.height) / 2);
-    for (int x = myMargin; x < std::min(myMargin + size.width, width()); x += 2) {
-      const sRect dot{x, y, 1, 1};
-      canvas->drawRect(&dot, ink, ink);
-    }
+    canvas->drawDots(myMargin, y, std::min(size.width, width() - myMargin), ink);
   }
 }
 

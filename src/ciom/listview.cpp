@@ -64,13 +64,6 @@ void cListViewChild::setRows(std::vector<sRow> rows) {
   scrollTo(scrollOffset().x, 0);
 }
 
-int cListViewChild::find(long long tag) const {
-  for (size_t i = 0; i < myRows.size(); ++i) {
-    if (myRows[i].tag == tag) return static_cast<int>(i);
-  }
-  return -1;
-}
-
 int cListViewChild::rowHeight() {
   if (myRowHeight > 0) return myRowHeight;
   sSize text{};
@@ -87,17 +80,12 @@ int cListViewChild::rowHeight() {
   return h;
 }
 
-int cListViewChild::columnEdge(int column) const {
-  int x = 0;
-  for (int i = 0; i <= column && i < static_cast<int>(myColumns.size()); ++i)
-    x += myColumns[static_cast<size_t>(i)].width;
-  return x;
-}
-
 void cListViewChild::updateSize() {
   const int rh = rowHeight();
   setScrollSteps(20, rh);
-  setVirtualSize(columnEdge(static_cast<int>(myColumns.size()) - 1), headerHeight() + count() * rh);
+  int columnsWidth = 0;
+  for (const sColumn& c : myColumns) columnsWidth += c.width;
+  setVirtualSize(columnsWidth, headerHeight() + count() * rh);
   repaint();
 }
 
@@ -146,18 +134,20 @@ int cListViewChild::rowAt(int x, int y) {
 int cListViewChild::headerColumnAt(int x, int y) const {
   const int border = 1;
   if (!myHeaderShown || y < border || y >= border + kHeaderHeight) return -1;
-  const int cx = x - border + scrollOffset().x;
-  for (int i = 0; i < static_cast<int>(myColumns.size()); ++i) {
-    if (cx < columnEdge(i)) return i;
+  int edge = -scrollOffset().x + border;
+  for (size_t i = 0; i < myColumns.size(); ++i) {
+    edge += myColumns[i].width;
+    if (x < edge) return static_cast<int>(i);
   }
   return -1;
 }
 
 int cListViewChild::dividerAt(int x, int y) const {
   if (!myHeaderShown || y < 1 || y >= 1 + kHeaderHeight) return -1;
-  const int cx = x - 1 + scrollOffset().x;
-  for (int i = 0; i < static_cast<int>(myColumns.size()); ++i) {
-    if (std::abs(cx - columnEdge(i)) <= kGrip) return i;
+  int edge = -scrollOffset().x + 1;
+  for (size_t i = 0; i < myColumns.size(); ++i) {
+    edge += myColumns[i].width;
+    if (std::abs(x - edge) <= kGrip) return static_cast<int>(i);
   }
   return -1;
 }

@@ -60,7 +60,6 @@ public:
   void setRows(std::vector<sRow> rows);
   int count() const { return static_cast<int>(myRows.size()); }
   const sRow& row(int index) const { return myRows[static_cast<size_t>(index)]; }
-  int find(long long tag) const; // the first row with that tag, or -1
 
   int selected() const { return mySelected; }
   // Selects a row (-1: none) and scrolls it into view; with notify, kSelected follows
@@ -96,7 +95,6 @@ private:
   void raise(int code, int index);
   void scrollToRow(int index);
   int rowsPerPage();
-  int columnEdge(int column) const;  // the right edge in content coordinates
   int dividerAt(int x, int y) const; // the column whose right edge is at x, or -1
   void paintHeader(cCanvas* canvas, const sRect& view);
   void paintRow(cCanvas* canvas, int index, int y, const sRect& view);

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kHeadingColour = 61, kTextColour = 13;
-constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
+constexpr int kButtonHeightDim = 7;
 constexpr int kHeadingExtra = 37; // the icon's room before the heading
 constexpr int kIconX = 5;
 constexpr int kBodyX = 5, kBodyTop = 33; // the lines below the heading start under the icon
@@ -87,17 +87,7 @@ void cMessageForm::onConstruct() {
     myToolBar.addButton(kAccept, string(0), nullptr, -1, kButtonMinWidth);
   }
   if (cButtonChild* accept = myToolBar.button(kAccept)) accept->setDefault(true);
-  placeButtons();
-}
-
-void cMessageForm::placeButtons() {
-  const cCITheme& theme = cCITheme::theme();
-  const int h = theme.getDimension(kButtonHeightDim, 0);
-  const int w = myToolBar.wantedWidth();
-  const int right = theme.getDimension(kButtonsRightDim, 0);
-  // Right-aligned, centred in the footer band.
-  const int fromBottom = bottomMargin() - (bottomMargin() - h) / 2;
-  anchor(&myToolBar, ~(w + right), ~fromBottom, w, h);
+  anchorFooterButtons(&myToolBar, myToolBar.wantedWidth());
 }
 
 bool cMessageForm::onAfterConstruct() {

@@ -53,8 +53,6 @@ public:
   bool onAction(cChildElement* source, cChildAction* action) override;
 
 private:
-  void placeButtons();
-
   cStaticChild myIcon;
   cToolBarChild myToolBar{cButtonChild::lkPush};
   std::vector<cStrTokenItem> myLines;

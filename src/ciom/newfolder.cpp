@@ -1,6 +1,5 @@
 #include "newfolder.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "ciom/themeimages.h"
@@ -9,7 +8,7 @@
 
 namespace {
 
-constexpr int kButtonHeightDim = 7, kButtonGapDim = 8, kButtonsRightDim = 9;
+constexpr int kButtonHeightDim = 7;
 constexpr int kButtonMinWidth = 75;
 
 } // namespace
@@ -48,11 +47,7 @@ void cNewFolderNameReqForm::onConstruct() {
   myButtons.addButton(kOk, okText(), nullptr, kOk, kButtonMinWidth);
   myButtons.addButton(kCancel, cancelText(), nullptr, kCancel, kButtonMinWidth);
   if (cButtonChild* ok = myButtons.button(kOk)) ok->setDefault(true);
-  // Bottom right, in the footer band.
-  const int w = myButtons.wantedWidth();
-  const int fromBottom = std::max(h + theme.getDimension(kButtonGapDim, 0) / 2,
-                                  bottomMargin() - (bottomMargin() - h) / 2);
-  anchor(&myButtons, ~(w + theme.getDimension(kButtonsRightDim, 0)), ~fromBottom, w, h);
+  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
 }
 
 bool cNewFolderNameReqForm::onAfterConstruct() {

@@ -41,12 +41,6 @@ public:
   bool onFormCancel() override;
 
 private:
-  struct sDefinition {
-    const char* name;
-    const char* pattern; // null: a container
-    const char* extension;
-  };
-
   void fillTree();
   void showItem(cTreeViewChild::cTreeViewItem* item);
   void say(const std::string& text);
