@@ -170,7 +170,9 @@ void cListViewChild::onMouseButton(int x, int y, int button, bool down) {
       return;
     }
     const int index = rowAt(x, y);
-    if (index >= 0) select(index, true);
+    if (index < 0) return;
+    select(index, true);
+    if (mySingleClick) raise(kActivated, index);
     return;
   }
   if (myResizing >= 0) {
@@ -189,7 +191,7 @@ void cListViewChild::onMouseButton(int x, int y, int button, bool down) {
 
 void cListViewChild::onMouseDoubleClick(int x, int y) {
   const int index = rowAt(x, y);
-  if (index >= 0 && index == mySelected) raise(kActivated, index);
+  if (!mySingleClick && index >= 0 && index == mySelected) raise(kActivated, index);
 }
 
 void cListViewChild::onMouseMoving(int x, int y) {

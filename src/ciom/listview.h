@@ -8,7 +8,8 @@
 //
 // Keys: Up/Down, Home/End, Page Up/Down move the selection; Enter raises kActivated;
 // letters typed select the next row whose first cell starts with them. A double click on
-// a row raises kActivated. Every other key goes on to the parent.
+// a row raises kActivated, or a single click when the list is set to act on one (as a
+// side bar of places does). Every other key goes on to the parent.
 #pragma once
 
 #include <string>
@@ -55,6 +56,8 @@ public:
   bool sortAscending() const { return myAscending; }
   // Pictures owned elsewhere (the list must not outlive them).
   void setImages(const cPicturesList* images);
+  // A single click on a row activates it as well as selecting it.
+  void setSingleClick(bool on) { mySingleClick = on; }
 
   // Replaces every row; nothing is selected and the view goes back to the top.
   void setRows(std::vector<sRow> rows);
@@ -107,6 +110,7 @@ private:
   int mySortColumn = -1;
   bool myAscending = true;
   bool myHeaderShown = true;
+  bool mySingleClick = false;
   int myRowHeight = 0;
   int myHotColumn = -1, myPressedColumn = -1;
   int myResizing = -1, myResizeFrom = 0, myResizeWidth = 0;

@@ -8,7 +8,10 @@
 bool cTypeAhead::add(unsigned short ch, unsigned now) {
   if (now - myTypedAt > kPauseMs) myTyped.clear();
   myTypedAt = now;
-  myTyped.push_back(__acp_lower(ch));
+  const unsigned short lower = __acp_lower(ch);
+  // The same letter again steps to the next item that starts with it.
+  if (myTyped.size() == 1 && myTyped[0] == lower) return false;
+  myTyped.push_back(lower);
   return myTyped.size() > 1;
 }
 

@@ -1,5 +1,6 @@
 // Type-ahead: letters typed within a second of each other make one prefix that lists and
-// trees jump to; a letter after a pause starts a new one. Case is ignored.
+// trees jump to; a letter after a pause starts a new one, and so does the first letter
+// typed again (it steps through the items that start with it). Case is ignored.
 #pragma once
 
 #include <vector>

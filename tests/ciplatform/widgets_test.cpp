@@ -8,6 +8,7 @@
 #include "ciom/customform.h"
 #include "ciom/hint.h"
 #include "ciom/link.h"
+#include "ciom/listview.h"
 #include "ciom/pictzones.h"
 #include "ciom/popup.h"
 #include "ciom/progress.h"
@@ -552,6 +553,60 @@ TEST_F(Widgets, TheSmallElementsRaiseTheirActions) {
   nsoff::runUntilIdle();
   EXPECT_EQ(form.got, (tGot{{&form.picture, 6}}));
   EXPECT_EQ(form.zone, 3);
+}
+
+TEST_F(Widgets, AListViewMovesByKeysAndTypingAndItsColumnsDrag) {
+  cCustomForm form;
+  cListViewChild list;
+  const auto window = open(&form, 400, 300);
+  form.clientArea()->attach(&list, 10, 10, 300, 200);
+  list.setColumns({{"Name", 120, false}, {"Size", 60, true}});
+  std::vector<cListViewChild::sRow> rows;
+  for (const char* name : {"apple", "banana", "berry", "cherry"}) rows.push_back({{name, "1"}});
+  for (int i = 0; i < 60; ++i) rows.push_back({{"item " + std::to_string(i), "2"}});
+  list.setRows(std::move(rows));
+  list.focus();
+  nsoff::runUntilIdle();
+  const int page = (list.height() - 2 - list.headerHeight()) / list.rowHeight();
+
+  static unsigned now = 0; // each case a pause after the last, its letters quick
+  cChildElement::setTicks([] { return now += 10; });
+  struct sCase {
+    int key; // a key, or 0 for the text below
+    const char* text;
+    int selected;
+  };
+  const sCase cases[] = {{cChildElement::kKeyDown, nullptr, 0},
+                         {cChildElement::kKeyEnd, nullptr, 63},
+                         {cChildElement::kKeyHome, nullptr, 0},
+                         {cChildElement::kKeyPageDown, nullptr, page},
+                         {cChildElement::kKeyPageUp, nullptr, 0},
+                         {0, "bb", 2}, // the same letter again: the next one
+                         {0, "b", 1},  // after a pause: the next one, round the end
+                         {0, "CH", 3},
+                         {cChildElement::kKeyUp, nullptr, 2}};
+  for (const sCase& c : cases) {
+    now += cTypeAhead::kPauseMs + 1;
+    c.key ? nsoff::key(c.key) : nsoff::type(c.text);
+    nsoff::runUntilIdle();
+    EXPECT_EQ(list.selected(), c.selected) << (c.text ? c.text : std::to_string(c.key));
+  }
+
+  // The first column's right edge dragged wider, then past its minimum.
+  sPoint at;
+  list.absPos(at);
+  const int edge = at.x + 1 + 120, y = at.y + 10;
+  std::vector<int> widths;
+  for (const int to : {edge + 40, edge - 500}) {
+    const int from = at.x + 1 + list.columns()[0].width;
+    nsoff::button(from, y, 1, true);
+    nsoff::move(to, y);
+    nsoff::button(to, y, 1, false);
+    nsoff::runUntilIdle();
+    widths.push_back(list.columns()[0].width);
+  }
+  EXPECT_EQ(widths, (std::vector<int>{160, cListViewChild::kMinColumn}));
+  cChildElement::setTicks(nullptr);
 }
 
 TEST_F(Widgets, AProgressBarFillsItsShareOrRunsBusy) {
