@@ -1,6 +1,7 @@
 #include "filechoose.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "base/folders.h"
 #include "ciom/themeimages.h"
@@ -46,9 +47,36 @@ constexpr int kButtonMinWidth = 80;
 constexpr int kLabelWidth = 84, kFieldX = 96, kPlacesWidth = 150, kGap = 8;
 constexpr int kTop = 6, kRow = 22, kListTop = 36, kBelowLists = 70;
 constexpr int kKeyF5 = 450, kKeyH = 'H', kKeyL = 'L';
+constexpr size_t kHistory = 100; // folders remembered each way
 
 const char* textOr(const char* text, const char* fallback) {
   return text && *text ? text : fallback;
+}
+
+bool isPattern(const std::string& name) {
+  return name.find_first_of("*?") != std::string::npos;
+}
+
+// Whether name starts with stem, ASCII letters compared without case.
+bool startsWithFolded(const std::string& name, const std::string& stem) {
+  if (stem.size() > name.size()) return false;
+  for (size_t i = 0; i < stem.size(); ++i) {
+    const unsigned char a = static_cast<unsigned char>(name[i]);
+    const unsigned char b = static_cast<unsigned char>(stem[i]);
+    if (std::tolower(a) != std::tolower(b)) return false;
+  }
+  return true;
+}
+
+// The length of the start two names share, without case; never splits a UTF-8 sequence.
+size_t sharedStart(const std::string& a, const std::string& b) {
+  size_t n = 0;
+  while (n < a.size() && n < b.size() &&
+         std::tolower(static_cast<unsigned char>(a[n])) ==
+             std::tolower(static_cast<unsigned char>(b[n])))
+    ++n;
+  while (n > 0 && n < a.size() && (static_cast<unsigned char>(a[n]) & 0xC0) == 0x80) --n;
+  return n;
 }
 
 } // namespace
@@ -113,6 +141,7 @@ void cFileChooseDialog::onConstruct() {
   myPlaces.showHeader(false);
   myPlaces.setImages(&myFilePictures);
   myPlaces.allowScrollBars(true, false);
+  myPlaces.setSingleClick(true);
   panel->anchor(&myPlaces, kGap, kListTop, kPlacesWidth, ~(kListTop + kBelowLists));
 
   const int filesX = kGap + kPlacesWidth + kGap;
@@ -162,6 +191,12 @@ void cFileChooseDialog::onConstruct() {
 
 bool cFileChooseDialog::onAfterConstruct() {
   myName.focus();
+  // A proposed name is selected up to its extension, so typing replaces just the name.
+  const size_t dot = myStartName.rfind('.');
+  const std::string ext = dot == std::string::npos || dot == 0 ? "" : myStartName.substr(dot);
+  const bool ascii = std::all_of(ext.begin(), ext.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  if (myName.length() > 0)
+    myName.select(0, myName.length() - (ascii ? static_cast<long long>(ext.size()) : 0) - 1);
   return true;
 }
 
@@ -177,6 +212,7 @@ void cFileChooseDialog::fillPlaces() {
 }
 
 std::string cFileChooseDialog::patterns() const {
+  if (!myTypedPattern.empty()) return myTypedPattern;
   const int chosen = myTypes.selected();
   if (chosen < 1 || chosen > static_cast<int>(myFilters.size())) return {};
   return myFilters[static_cast<size_t>(chosen - 1)].pattern;
@@ -202,11 +238,12 @@ void cFileChooseDialog::fillFiles(const std::string& select) {
 
 // --- navigation --------------------------------------------------------------------------
 
-bool cFileChooseDialog::go(const std::string& folder) {
+bool cFileChooseDialog::show(const std::string& folder, bool quiet) {
   const std::string from = myListing.folder();
   if (!myListing.read(folder)) {
-    cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
-                           nullptr);
+    if (!quiet)
+      cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
+                             nullptr);
     return false;
   }
   // Going up selects the folder just left.
@@ -215,16 +252,57 @@ bool cFileChooseDialog::go(const std::string& folder) {
   return true;
 }
 
+bool cFileChooseDialog::go(const std::string& folder) {
+  return visit(folder, false);
+}
+
+bool cFileChooseDialog::visit(const std::string& folder, bool quiet) {
+  const std::string from = myListing.folder();
+  if (!show(folder, quiet)) return false;
+  if (myListing.folder() != from) {
+    myBack.push_back(from);
+    if (myBack.size() > kHistory) myBack.erase(myBack.begin());
+    myForward.clear();
+  }
+  return true;
+}
+
+bool cFileChooseDialog::back() {
+  if (myBack.empty()) return false;
+  const std::string from = myListing.folder();
+  const std::string to = myBack.back();
+  myBack.pop_back();
+  if (!show(to, false)) return false;
+  myForward.push_back(from);
+  return true;
+}
+
+bool cFileChooseDialog::forward() {
+  if (myForward.empty()) return false;
+  const std::string from = myListing.folder();
+  const std::string to = myForward.back();
+  myForward.pop_back();
+  if (!show(to, false)) return false;
+  myBack.push_back(from);
+  return true;
+}
+
 void cFileChooseDialog::refresh() {
   const sFileEntry* e = selectedEntry();
   const std::string keep = e ? e->name : std::string();
-  if (!myListing.read(myListing.folder())) {
-    cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
-                           nullptr);
+  fillPlaces();
+  if (myListing.read(myListing.folder())) {
+    fillFiles(keep);
     return;
   }
-  fillPlaces();
-  fillFiles(keep);
+  cMessageForm::errorbox(this, textOr(string(txCannotOpen), "The folder cannot be opened."),
+                         nullptr);
+  // The folder may have been removed: the nearest one above that is still there.
+  std::string up = myListing.folder();
+  do {
+    up = parentFolder(up);
+  } while (!myListing.read(up) && up != "/");
+  fillFiles({});
 }
 
 void cFileChooseDialog::setShowHidden(bool on) {
@@ -298,6 +376,16 @@ void cFileChooseDialog::acceptTyped() {
     return;
   }
   std::string path = wholePath(typed, myListing.folder());
+  // "*.txt" or "docs/*.txt": a filter for the list, in that folder.
+  if (isPattern(baseName(path))) {
+    const std::string in = parentFolder(path);
+    if (in != myListing.folder() && !go(in)) return;
+    myTypedPattern = baseName(path);
+    fillFiles({});
+    myName.setText(myTypedPattern.c_str(), -1, true);
+    myName.selectAll();
+    return;
+  }
   if (cFolderContents::objtype(path.c_str()) == fotFolder) {
     if (go(path)) myName.setText("", -1, true);
     return;
@@ -328,11 +416,58 @@ void cFileChooseDialog::acceptTyped() {
   choose(path);
 }
 
+// A typed path that ends in "/" opens its folder at once and leaves the box for the rest.
+void cFileChooseDialog::followTyped() {
+  const std::string typed = myName.text() ? myName.text() : "";
+  if (typed.empty() || typed.back() != '/') return;
+  const std::string path = wholePath(typed, myListing.folder());
+  if (cFolderContents::objtype(path.c_str()) != fotFolder) return;
+  if (visit(path, true)) myName.setText("", -1, true);
+}
+
+bool cFileChooseDialog::completeTyped() {
+  const std::string typed = myName.text() ? myName.text() : "";
+  if (typed.empty()) return false;
+  const size_t slash = typed.rfind('/');
+  const std::string head = slash == std::string::npos ? std::string() : typed.substr(0, slash + 1);
+  const std::string stem = typed.substr(head.size());
+  cFileListing other;
+  const bool here = head.empty();
+  if (!here && !other.read(wholePath(head, myListing.folder()))) return false;
+  const cFileListing& listing = here ? myListing : other;
+  // Hidden names complete when they are shown or when the stem asks for one.
+  const bool hidden = myShowHidden || (!stem.empty() && stem[0] == '.');
+  std::vector<int> matches;
+  for (int index : listing.shown(patterns(), hidden, fsName, true))
+    if (startsWithFolded(listing.entry(index).shown, stem)) matches.push_back(index);
+  if (matches.empty()) return false;
+  const sFileEntry& first = listing.entry(matches.front());
+  std::string completed = first.shown;
+  size_t shared = completed.size();
+  for (int index : matches)
+    shared = std::min(shared, sharedStart(completed, listing.entry(index).shown));
+  completed.resize(std::max(shared, stem.size()));
+  if (matches.size() == 1 && first.folder) completed += "/";
+  if (completed.size() == stem.size()) completed = stem; // keep what was typed
+  // Show the first candidate in the list when it is this folder's.
+  if (here) {
+    for (int row = 0; row < myFiles.count(); ++row)
+      if (myFiles.row(row).tag == matches.front()) myFiles.select(row, false);
+  }
+  if (head + completed != typed) {
+    myName.retype((head + completed).c_str()); // a completed folder opens at once
+    myName.setCaret(myName.length());
+  }
+  return true;
+}
+
 // --- events ------------------------------------------------------------------------------
 
 bool cFileChooseDialog::onFormAccept() {
   if (myPath.hasFocus()) {
     go(wholePath(myPath.text() ? myPath.text() : "", myListing.folder()));
+  } else if (myPlaces.hasFocus() && myPlaces.selected() >= 0) {
+    go(myPlaceList[static_cast<size_t>(myPlaces.row(myPlaces.selected()).tag)].path);
   } else if (const sFileEntry* e = selectedEntry(); e && myFiles.hasFocus()) {
     activate(*e);
   } else {
@@ -357,6 +492,12 @@ bool cFileChooseDialog::processKey(int key, bool shift, bool ctrl, bool alt) {
     myPath.selectAll();
     return true;
   }
+  if (alt && !ctrl && !shift && (key == kKeyLeft || key == kKeyRight)) {
+    key == kKeyLeft ? back() : forward();
+    return true;
+  }
+  if (!alt && !ctrl && !shift && key == kKeyTab && myName.hasFocus() && completeTyped())
+    return true;
   if ((alt && !ctrl && !shift && key == kKeyUp) ||
       (!alt && !ctrl && !shift && key == kKeyBackspace && myFiles.hasFocus())) {
     up();
@@ -403,12 +544,17 @@ bool cFileChooseDialog::onAction(cChildElement* source, cChildAction* action) {
     }
     return true;
   }
-  if (source == &myPlaces && code == cListViewChild::kSelected) {
+  if (source == &myPlaces && code == cListViewChild::kActivated) {
     const int index = static_cast<cListViewChild::cListAction*>(action)->index;
     if (index >= 0) go(myPlaceList[static_cast<size_t>(myPlaces.row(index).tag)].path);
     return true;
   }
+  if (source == &myName && code == cEditChild::kChangedCode) {
+    followTyped();
+    return true;
+  }
   if (source == &myTypes && code == cComboBoxChild::kChangedCode) {
+    myTypedPattern.clear();
     fillFiles({});
     return true;
   }

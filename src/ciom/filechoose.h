@@ -3,10 +3,12 @@
 // Modified; folders first; a click on a header sorts by it); the file name box, the
 // filters and the buttons below.
 //
-// Keys: Enter in the name box opens a typed folder or accepts a typed file (a name, a
-// relative or absolute path, or "~/..."); Enter or a double click in the list opens a
-// folder or accepts a file; Backspace in the list and alt+Up go up; ctrl+H shows hidden
-// files; ctrl+L goes to the path box; F5 reads the folder again.
+// The name box takes a name, a relative or absolute path, or "~/...": Enter opens a folder
+// or accepts a file, and a name with * or ? becomes the list's filter. A typed path that
+// ends in "/" opens its folder at once, and Tab completes the last part of a path from the
+// names of its folder. In the list, Enter or a double click opens a folder or accepts a
+// file; Backspace and alt+Up go up; alt+Left and alt+Right go back and forward. ctrl+H
+// shows hidden files, ctrl+L goes to the path box, F5 reads the folder again.
 #pragma once
 
 #include <optional>
@@ -53,13 +55,19 @@ public:
   std::optional<std::string> run(cChildElement* parent, const char* caption);
 
   // Shows a folder; false (with a message, the old folder still shown) when it cannot be
-  // opened.
+  // opened. The folder left is remembered for back().
   bool go(const std::string& folder);
   bool up() { return go(parentFolder(myListing.folder())); }
+  // Through the folders shown before; false when there is none to go to.
+  bool back();
+  bool forward();
+  // Reads the folder again; one that has gone gives way to the nearest folder above it.
   void refresh();
   void setShowHidden(bool on);
   // What Enter in the name box does with the text it holds.
   void acceptTyped();
+  // What Tab in the name box does: true when the text named something to complete.
+  bool completeTyped();
 
   const std::string& folder() const { return myListing.folder(); }
   const std::optional<std::string>& chosen() const { return myChosen; }
@@ -83,6 +91,11 @@ public:
 private:
   void fillPlaces();
   void fillFiles(const std::string& select);
+  // Reads and lists a folder without touching the history; quiet: no message on failure.
+  bool show(const std::string& folder, bool quiet);
+  // show() that remembers the folder left.
+  bool visit(const std::string& folder, bool quiet);
+  void followTyped();
   std::string patterns() const;
   const sFileEntry* selectedEntry() const;
   void activate(const sFileEntry& e);
@@ -97,6 +110,8 @@ private:
   std::vector<sPlace> myPlaceList;
   eFileSort mySort = fsName;
   bool myAscending = true, myShowHidden = false;
+  std::string myTypedPattern; // a filter typed in the name box, until a type is chosen
+  std::vector<std::string> myBack, myForward;
   std::optional<std::string> myChosen;
 
   cStaticChild myPathLabel, myNameLabel, myTypeLabel;

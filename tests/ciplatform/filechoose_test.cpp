@@ -144,6 +144,91 @@ TEST_F(FileChoose, TypedNamesAndPathsAreOpenedOrChosen) {
   EXPECT_EQ(result.value_or("none"), dir + "/sub/inner.qrrs");
 }
 
+TEST_F(FileChoose, TheNameBoxCompletesFollowsSlashesAndFilters) {
+  D dialog = openDialog();
+  const sNSModifiers alt{false, false, true, false};
+  std::vector<std::string> folders, texts;
+  std::vector<std::string> filtered;
+  const auto note = [&] {
+    folders.push_back(dialog.folder());
+    texts.push_back(dialog.nameBox().text());
+  };
+  const auto result =
+      run(dialog, {[&] {
+                     typeIn(dialog.nameBox(), "su");
+                     nsoff::key(cChildElement::kKeyTab); // "sub/", which opens at once
+                   },
+                   [&] {
+                     note();
+                     nsoff::key(cChildElement::kKeyLeft, alt);
+                   },
+                   [&] {
+                     note();
+                     nsoff::key(cChildElement::kKeyRight, alt);
+                   },
+                   [&] {
+                     note();
+                     nsoff::key(cChildElement::kKeyLeft, alt);
+                   },
+                   [&] {
+                     nsoff::type("FI");
+                     nsoff::key(cChildElement::kKeyTab); // file9 and file10 share "file"
+                   },
+                   [&] {
+                     note();
+                     nsoff::type("1");
+                     nsoff::key(cChildElement::kKeyTab);
+                   },
+                   [&] {
+                     note();
+                     dialog.nameBox().setText("");
+                     nsoff::type("sub/"); // typed, not completed
+                   },
+                   [&] {
+                     note();
+                     nsoff::type("../*.txt");
+                     nsoff::key(kEnter);
+                   },
+                   [&] {
+                     note();
+                     filtered = names(dialog.files());
+                     nsoff::key(kEscape);
+                   }});
+  EXPECT_FALSE(result);
+  EXPECT_EQ(folders, (std::vector<std::string>{dir + "/sub", dir, dir + "/sub", dir, dir,
+                                               dir + "/sub", dir}));
+  EXPECT_EQ(texts, (std::vector<std::string>{"", "", "", "file", "file10.qrrs", "", "*.txt"}));
+  EXPECT_EQ(filtered, (std::vector<std::string>{"locked", "sub", "notes.txt"}));
+}
+
+TEST_F(FileChoose, AFolderThatGoesAwayOrLinksToItselfStopsNothing) {
+  ASSERT_EQ(symlink("loop", (dir + "/loop").c_str()), 0);
+  ASSERT_EQ(symlink(".", (dir + "/here").c_str()), 0);
+  D dialog = openDialog();
+  std::vector<std::string> shown;
+  std::string message, after;
+  const auto result = run(dialog, {[&] {
+                                     shown = names(dialog.files());
+                                     dialog.go(dir + "/here/here/sub");
+                                   },
+                                   [&] {
+                                     std::system(("rm -rf '" + dir + "/sub'").c_str());
+                                     nsoff::key(450); // F5
+                                   },
+                                   [&] {
+                                     message = nsoff::topWindow().caption;
+                                     nsoff::key(kEnter);
+                                   },
+                                   [&] {
+                                     after = dialog.folder();
+                                     nsoff::key(kEscape);
+                                   }});
+  EXPECT_FALSE(result);
+  EXPECT_EQ(shown.size(), 8u); // "here" joins the folders; the loop is no folder
+  EXPECT_EQ(message, "Error");
+  EXPECT_EQ(after, dir + "/here/here");
+}
+
 TEST_F(FileChoose, SavingAddsTheExtensionAndAsksBeforeReplacing) {
   const auto save = [&](const std::string& typed, std::vector<std::function<void()>> answer) {
     D dialog(D::fmSave, {{"Rules", "qrrs", "*.qrrs"}}, dir.c_str(), nullptr);
