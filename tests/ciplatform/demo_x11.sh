@@ -1,7 +1,7 @@
 #!/bin/bash
 # The demonstration program on the real X server: the form with a tooltip, a confirm
-# box answered with Enter, a popup dismissed with Escape, the controls and the
-# definitions, each photographed into OUT (the build folder). Exits 77 (skipped)
+# box answered with Enter, a popup dismissed with Escape, the controls, the definitions
+# and the file dialog, each photographed into OUT (the build folder). Exits 77 (skipped)
 # without a display.
 set -euo pipefail
 demo=$1 out=$2
@@ -12,10 +12,11 @@ demo=$1 out=$2
 export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0"
 
 log=$(mktemp)
+files=$(mktemp -d)
 pid=
 cleanup() {
   [[ -n "$pid" ]] && kill "$pid" 2>/dev/null || true
-  rm -f "$log"
+  rm -rf "$log" "$files"
 }
 trap cleanup EXIT
 
@@ -100,4 +101,25 @@ import -window root "$out/demo-x11-definitions.png"
 xdotool key --delay 80 Escape Escape
 finish "definitions closed, name: PNG"
 grep -qx "definition: PNG" "$log" || { echo "no definition chosen:"; cat "$log"; exit 1; }
+
+# The file dialog, in a folder of its own: "ru" and Tab complete a name that Enter opens;
+# saving over a file that is there asks first, and Enter says yes.
+mkdir "$files/sub"
+touch "$files/rules.qrrs" "$files/other.qrrs" "$files/notes.txt"
+cd "$files"
+start "Open file" --show open
+xdotool type --delay 40 "ru"
+xdotool key Tab
+sleep 0.3
+import -window root "$out/demo-x11-open.png"
+xdotool key Return
+finish "open: $files/rules.qrrs"
+start "Save file as" --show save
+xdotool type --delay 40 "rules"
+sleep 0.3
+import -window root "$out/demo-x11-save.png"
+xdotool key Return
+timeout 10 xdotool search --sync --onlyvisible --name "^Confirm\$" >/dev/null
+xdotool key Return
+finish "save: $files/rules.qrrs"
 echo "screenshots in $out"

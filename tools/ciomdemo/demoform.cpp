@@ -1,7 +1,10 @@
 #include "demoform.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 
+#include "ciom/filechoose.h"
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "controlsform.h"
@@ -10,6 +13,15 @@
 namespace {
 
 constexpr int kPressCode = 100; // a posted press: 100 + the button's id
+
+std::string workingFolder() {
+  char buffer[4096];
+  return getcwd(buffer, sizeof buffer) ? buffer : "";
+}
+
+std::string chosenOr(const std::optional<std::string>& path) {
+  return path ? *path : "cancelled";
+}
 
 } // namespace
 
@@ -32,6 +44,8 @@ void cDemoForm::onConstruct() {
   myButtons.addButton(kControls, "Controls",
                       "Edit boxes, a drop-down list, splitters, scroll bars");
   myButtons.addButton(kDefinitions, "Definitions", "A tree view beside a property sheet");
+  myButtons.addButton(kOpenFile, "Open file", "The file dialog, opening a rules file");
+  myButtons.addButton(kSaveFile, "Save file", "The file dialog, saving a rules file");
   myButtons.move(10, 40, myButtons.wantedWidth(), 24);
 
   myHintLabel.setTransparent(true);
@@ -119,6 +133,17 @@ bool cDemoForm::onAction(cChildElement* source, cChildAction* action) {
     if (myDefinitionsHook) myDefinitionsHook(&definitions);
     definitions.modal("Definitions", 760, 460, this, true);
     if (myDefinitionsHook) myDefinitionsHook(nullptr);
+    break;
+  }
+  case kOpenFile:
+  case kSaveFile: {
+    const std::vector<sFileFilter> filters = {{"Rules file (*.qrrs)", "qrrs", "*.qrrs"}};
+    const std::string folder = workingFolder();
+    answer(id == kOpenFile
+               ? "open: " +
+                     chosenOr(cFileChooseDialog::open(this, nullptr, filters, folder.c_str()))
+               : "save: " + chosenOr(cFileChooseDialog::save(this, nullptr, filters, folder.c_str(),
+                                                             "new rules")));
     break;
   }
   default:

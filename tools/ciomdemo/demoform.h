@@ -1,6 +1,7 @@
 // The demonstration form: a row of buttons that open each message box, a popup menu, the
-// form of controls (controlsform.h) and the form of definitions (defsform.h), a label with
-// a tooltip, and a line that shows the last answer.
+// form of controls (controlsform.h), the form of definitions (defsform.h) and the file
+// dialog for opening and for saving (in the working folder), a label with a tooltip, and
+// a line that shows the last answer.
 #pragma once
 
 #include <functional>
@@ -23,7 +24,9 @@ public:
     kWarnConfirm,
     kPopup,
     kControls,
-    kDefinitions
+    kDefinitions,
+    kOpenFile,
+    kSaveFile
   };
 
   // With quit set, the form closes its window after the first button's work is done.

@@ -2,12 +2,14 @@
 //
 //   ciomdemo                 the form; Escape or closing the window ends it
 //   ciomdemo --show NAME     presses one button at once and ends after it; NAME is info,
-//                            warning, error, confirm, warnconfirm, popup, controls or
-//                            definitions
+//                            warning, error, confirm, warnconfirm, popup, controls,
+//                            definitions, open or save (the file dialog, in the working
+//                            folder)
 //   ciomdemo --shots DIR     (with QVRACI_PLATFORM=offscreen) walks through the form, a
 //                            tooltip, a message box, the popup menu and the controls
-//                            (typed into, the list scrolled, the drop-down list open), and
-//                            writes a picture of the desktop at each step into DIR
+//                            (typed into, the list scrolled, the drop-down list open), the
+//                            definitions and the file dialog, and writes a picture of the
+//                            desktop at each step into DIR
 //
 // Every answer is printed on its own line ("confirm: yes", "popup: Delete", ...).
 #include <cstdio>
@@ -25,18 +27,18 @@
 
 namespace {
 
-constexpr int kEnter = 397, kEscape = 283, kDown = 340, kLeft = 337, kEnd = 343;
+constexpr int kEnter = 397, kEscape = 283, kDown = 340, kLeft = 337, kEnd = 343, kTab = 265;
 
 int usage() {
   std::fprintf(stderr, "usage: ciomdemo [--show info|warning|error|confirm|warnconfirm|popup|"
-                       "controls|definitions] [--shots DIR]\n");
+                       "controls|definitions|open|save] [--shots DIR]\n");
   return 2;
 }
 
 int buttonNamed(const char* name) {
-  const char* names[] = {"info",        "warning", "error",    "confirm",
-                         "warnconfirm", "popup",   "controls", "definitions"};
-  for (int i = 0; i < 8; ++i) {
+  const char* names[] = {"info",  "warning",  "error",       "confirm", "warnconfirm",
+                         "popup", "controls", "definitions", "open",    "save"};
+  for (int i = 0; i < 10; ++i) {
     if (std::strcmp(name, names[i]) == 0) return cDemoForm::kInfo + i;
   }
   return 0;
@@ -140,6 +142,18 @@ bool shots(cDemoForm& form, const std::string& dir) {
                   [] { nsoff::key(kDown); }, [&] { shot("definitions-list"); },
                   [] { nsoff::key(kEnter); }, [] { nsoff::key(kEscape); }});
   form.setDefinitionsHook(nullptr);
+
+  // The file dialog: opening a file whose name is completed; saving under a name typed.
+  pressAndAnswer(cDemoForm::kOpenFile, {[] {
+                                          nsoff::type("c");
+                                          nsoff::key(kTab); // completes the name
+                                        },
+                                        [&] { shot("open"); }, [] { nsoff::key(kEnter); }});
+  pressAndAnswer(cDemoForm::kSaveFile, {[] {
+                                          nsoff::key(kEnd);
+                                          nsoff::type(" 2");
+                                        },
+                                        [&] { shot("save"); }, [] { nsoff::key(kEnter); }});
   nsoff::setIdleHook(nullptr);
   return ok;
 }
@@ -170,7 +184,7 @@ int main(int argc, char** argv) {
   auto& ns = static_cast<cNSWMaker&>(*maker);
   cDemoForm form;
   std::unique_ptr<cWindowHolder> holder(
-      ns.asyncwnd("Toolkit demonstration", 720, 210, &form, nullptr, true, -1, -1));
+      ns.asyncwnd("Toolkit demonstration", 900, 210, &form, nullptr, true, -1, -1));
   if (!holder) {
     std::fprintf(stderr, "ciomdemo: cannot open a window\n");
     return 1;
