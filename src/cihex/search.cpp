@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "advlexer.h"
 #include "base/str.h"
@@ -185,6 +186,42 @@ bool sHexSearchRule::cnvAdv(_pattern& out, const char* text) {
     index += filler.used();
   }
   return !lexer.failed();
+}
+
+sHexSearchRule::eAdvFault sHexSearchRule::advFault(const char* text, long long& at) {
+  at = 0;
+  if (!text || !*text) return afEmpty;
+  long long total = 0;
+  sAdvToken token;
+  cAdvLexer lexer(text);
+  while (lexer.next(token)) {
+    total += token.positions;
+    if (total > kMaxPositions) {
+      at = lexer.tokenStart() - text;
+      return afTooLong;
+    }
+  }
+  if (!lexer.failed()) {
+    at = static_cast<long long>(std::strlen(text));
+    return total == 0 ? afEmpty : afNone;
+  }
+  at = lexer.tokenStart() - text;
+  switch (text[at]) {
+  case '!':
+    return afNotByte;
+  case '{':
+    return afAlternatives;
+  case '[':
+    return afMask;
+  case '*':
+    return afAnyRun;
+  case '\'':
+  case '"':
+  case '`':
+    return afText;
+  default:
+    return afNotHex;
+  }
 }
 
 bool sHexSearchRule::cnvHex(_pattern& out, const char* text) {

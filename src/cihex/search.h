@@ -52,6 +52,20 @@ struct sHexSearchRule {
   static constexpr long long kMaxPositions = 65536;
 
   static bool cnvAdv(_pattern& out, const char* text);
+  // Why cnvAdv refuses a text, for people writing patterns: afNone when it compiles; else
+  // the fault, with `at` the offset in the text of the token that is wrong (or the end).
+  enum eAdvFault {
+    afNone = 0,
+    afEmpty,        // no positions at all
+    afTooLong,      // beyond kMaxPositions
+    afNotHex,       // a character that starts no token, or a bad digit
+    afNotByte,      // !hh! malformed
+    afAlternatives, // {..} malformed
+    afMask,         // [v/m] malformed
+    afAnyRun,       // *n* malformed or n out of 1..4096
+    afText,         // a quoted text without its closing quote
+  };
+  static eAdvFault advFault(const char* text, long long& at);
   // Plain hex text, read by cnvHexToBytes: one exact byte per position.
   static bool cnvHex(_pattern& out, const char* text);
   static bool cnvHex(_pattern& out, const unsigned short* text);

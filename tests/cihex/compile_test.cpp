@@ -129,6 +129,28 @@ TEST(AdvSyntax, LengthIsBounded) {
   EXPECT_EQ(adv(many.c_str()), kFail);
 }
 
+TEST(AdvSyntax, FaultsNameTheTokenThatIsWrong) {
+  using S = sHexSearchRule;
+  std::string many;
+  for (int i = 0; i < 16; ++i) many += "*4096*";
+  const struct {
+    std::string text;
+    S::eAdvFault fault;
+    long long at;
+  } cases[] = {{"4D 5A", S::afNone, 5},     {"", S::afEmpty, 0},
+               {" + ", S::afEmpty, 3},      {"41 4G", S::afNotHex, 4},
+               {"41 !4", S::afNotByte, 3},  {"{41,", S::afAlternatives, 0},
+               {"41 [41/FF", S::afMask, 3}, {"*0*", S::afAnyRun, 0},
+               {"41 'ab", S::afText, 3},    {many + "41", S::afTooLong, 96}};
+  for (const auto& c : cases) {
+    long long at = -1;
+    EXPECT_EQ(S::advFault(c.text.c_str(), at), c.fault) << c.text;
+    EXPECT_EQ(at, c.at) << c.text;
+    S::_pattern p;
+    EXPECT_EQ(S::cnvAdv(p, c.text.c_str()), c.fault == S::afNone) << c.text;
+  }
+}
+
 TEST(AdvSyntax, OutOfBoundsIndexThrows) {
   sHexSearchRule::_pattern p;
   ASSERT_TRUE(sHexSearchRule::cnvAdv(p, "41"));
