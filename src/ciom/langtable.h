@@ -6,7 +6,7 @@
 #include "base/buffers.h"
 #include "langfile.h"
 
-enum eCIOMStdLangs {
+enum eCIOMStdLangs : int {
   lngEnglish = 0,
   lngRussian = 1,
   lngGerman = 2,

@@ -25,6 +25,7 @@ cPropDispAreaChild::cPropDispAreaChild() {
   myBackground = theme.getColor(kGround);
   myTitleColour = theme.getColor(kTitleInk);
   myTextColour = theme.getColor(kTextInk);
+  myFrame = theme.getColor(kFrame);
   allowScrollBars(true, false);
 }
 
@@ -38,6 +39,11 @@ void cPropDispAreaChild::setColorSchema(unsigned background, unsigned title, uns
   myBackground = background;
   myTitleColour = title;
   myTextColour = text;
+  repaint();
+}
+
+void cPropDispAreaChild::setFrameColor(unsigned colour) {
+  myFrame = colour;
   repaint();
 }
 
@@ -76,7 +82,7 @@ int cPropDispAreaChild::flow(cCanvas* canvas, bool draw, int top) {
 void cPropDispAreaChild::onPaint(cCanvas* canvas) {
   if (!canvas) return;
   const sRect all{0, 0, width(), height()};
-  canvas->drawRect(&all, myBackground, cCITheme::theme().getColor(kFrame));
+  canvas->drawRect(&all, myBackground, myFrame);
   const int wanted = flow(canvas, false, 0);
   if (wanted != myWanted) {
     myWanted = wanted;

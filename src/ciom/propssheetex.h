@@ -30,6 +30,7 @@ public:
   // Fonts owned elsewhere; null: the element's bold and standard fonts.
   void setFonts(cFontObject* title, cFontObject* text);
   void setColorSchema(unsigned background, unsigned title, unsigned text);
+  void setFrameColor(unsigned colour);
   void setExtraTitleSpacing(int spacing);
   // A negative length takes the whole zero-terminated string.
   void setText(const char* title, const char* text) { setText(title, -1, text, -1); }
@@ -51,7 +52,7 @@ private:
   std::string myTitle, myText;
   cFontObject* myTitleFont = nullptr;
   cFontObject* myTextFont = nullptr;
-  unsigned myBackground, myTitleColour, myTextColour;
+  unsigned myBackground, myTitleColour, myTextColour, myFrame;
   int mySpacing = 2;
   int myWanted = 0;
 };
