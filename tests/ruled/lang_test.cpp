@@ -18,7 +18,7 @@ TEST(RuledLang, SectionsAndQuotedTexts) {
   ASSERT_TRUE(cLibLang::applyLang(lngEnglish));
   const std::pair<const char*, int> sections[] = {{"ruled::main", 70},
                                                   {"ruled::about", 1},
-                                                  {"ruled::sig", 16},
+                                                  {"ruled::sig", 26},
                                                   {"ruled::field", 18},
                                                   {"ruled::txt", 4}};
   for (const auto& [section, count] : sections) {

@@ -1,0 +1,114 @@
+#include "ruleform.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "cihex/search.h"
+#include "ciom/langfile.h"
+#include "ciom/theme.h"
+#include "ciom/themeimages.h"
+
+namespace {
+
+constexpr int kButtonHeightDim = 7, kButtonMinWidth = 75, kMargin = 5;
+
+// Texts of "ruled::sig" that explain a pattern the compiler refused.
+constexpr int txNoCompile = 16, txAtCharacter = 17, txFirstFault = 18;
+constexpr int txSyntax = 4;
+
+// The number, from 1, of the character (not byte) at offset `at` of a UTF-8 text.
+long long characterNumber(const char* text, long long at) {
+  long long n = 1;
+  for (long long i = 0; i < at && text[i]; ++i)
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) ++n;
+  return n;
+}
+
+} // namespace
+
+bool cRuleForm::run(cRuleForm& form, cChildElement* parent, int width, int height) {
+  if (!parent) return false;
+  // The form is not in the tree yet: its title comes from its section through the parent.
+  const cCiomLangData* section = parent->requestNamedLangResource(form.wantLangResource());
+  const char* title = section ? section->string(0) : nullptr;
+  return form.modal(title ? title : "", width, height, parent, false) == 1;
+}
+
+void cRuleForm::onConstruct() {
+  cCustomForm::onConstruct();
+  const cCITheme& theme = cCITheme::theme();
+  clientArea()->anchor(&myProperties, kMargin, kMargin, -2 * kMargin, -2 * kMargin);
+  sheet().showSections(false);
+  sheet().setSection(kSection, "");
+
+  if (myPictures.count() == 0) {
+    myPictures.refImage(0, theme.getPict(tiOk));
+    myPictures.refImage(1, theme.getPict(tiCancel));
+  }
+  myButtons.setPictures(&myPictures);
+  myButtons.setTransparent(true);
+  attach(&myButtons, 0, 0, 0, theme.getDimension(kButtonHeightDim, 0));
+  myButtons.addButton(kOk, string(okString()), nullptr, 0, kButtonMinWidth);
+  myButtons.addButton(kCancel, string(cancelString()), nullptr, 1, kButtonMinWidth);
+  if (cButtonChild* ok = myButtons.button(kOk)) ok->setDefault(true);
+  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
+
+  sheet().startChanges();
+  fillRows();
+  sheet().endChanges();
+}
+
+bool cRuleForm::onAfterConstruct() {
+  sheet().focus(kSection, 1);
+  return true;
+}
+
+bool cRuleForm::onFormCancel() {
+  end_modal(0);
+  return true;
+}
+
+bool cRuleForm::onAction(cChildElement* source, cChildAction* action) {
+  if (source == &myButtons && action && action->code == cToolBarAction::kCode) {
+    const int id = static_cast<cToolBarAction*>(action)->id;
+    if (id == kOk) return onFormAccept();
+    if (id == kCancel) return onFormCancel();
+  }
+  return cCustomForm::onAction(source, action);
+}
+
+unsigned long long cRuleForm::number(int row) {
+  return static_cast<unsigned long long>(sheet().int_value(kSection, row));
+}
+
+bool cRuleForm::clamped(int row, unsigned long long& value) {
+  value = number(row);
+  if (value <= kMaxOffset) return true;
+  value = kMaxOffset;
+  sheet().setPropertyVal(kSection, row, value, false, 0);
+  return refuse(row);
+}
+
+bool cRuleForm::refuse(int row) {
+  sheet().focus(kSection, row);
+  return false;
+}
+
+bool cRuleForm::patternCompiles(int row) {
+  const char* text = sheet().value(kSection, row);
+  sHexSearchRule::_pattern compiled;
+  if (text && sHexSearchRule::cnvAdv(compiled, text) && compiled.count() > 0) return true;
+  refuse(row);
+  // Where and why, then the syntax, in the panel under the sheet.
+  long long at = 0;
+  const int fault = sHexSearchRule::advFault(text, at);
+  const char* format = string(txAtCharacter);
+  const char* reason = string(txFirstFault + std::max(0, fault - 1));
+  char where[64] = "";
+  if (format) std::snprintf(where, sizeof where, format, characterNumber(text ? text : "", at));
+  std::string body = std::string(where) + (reason ? reason : "");
+  if (const char* syntax = string(txSyntax)) body += std::string("\n\n") + syntax;
+  const char* title = string(txNoCompile);
+  properties().display().setText(title ? title : "", body.c_str());
+  return false;
+}

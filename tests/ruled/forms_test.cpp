@@ -1,0 +1,237 @@
+// The editor's rule forms, the text form and the About popup, driven offscreen by keys and
+// clicks as a user would.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "../ciplatform/offscreen_fixture.h"
+#include "qvrasci-ruled/about.h"
+#include "qvrasci-ruled/deffield.h"
+#include "qvrasci-ruled/defsig.h"
+
+namespace {
+
+constexpr int kEnter = cChildElement::kKeyEnter, kEscape = cChildElement::kKeyEscape;
+constexpr int kSection = cRuleForm::kSection;
+using Sig = cDefSigRuleForm;
+using Field = cDefFiledForm;
+
+class RuleForms : public cOffscreenTest {
+protected:
+  void SetUp() override {
+    cOffscreenTest::SetUp();
+    owner = std::make_unique<cCustomForm>();
+    holder.reset(ns().asyncwnd("owner", 801, 600, owner.get(), nullptr, true, 0, 0));
+    ASSERT_NE(holder, nullptr);
+    nsoff::runUntilIdle();
+  }
+  void TearDown() override {
+    holder.reset();
+    owner.reset();
+    cOffscreenTest::TearDown();
+  }
+  // The focused row's number in the form's sheet (0: none).
+  static int focusedRow(cRuleForm& form) {
+    for (int row = 1; row <= 4; ++row) {
+      cChildElement* box = form.sheet().editControl(kSection, row);
+      if (box && box->hasFocus()) return row;
+    }
+    return 0;
+  }
+  // Types text into a row's box in place of what it holds.
+  static void retype(cRuleForm& form, int row, const char* text) {
+    form.sheet().focus(kSection, row);
+    if (auto* box = dynamic_cast<cEditChild*>(form.sheet().editControl(kSection, row))) {
+      box->selectAll();
+      nsoff::runUntilIdle();
+      nsoff::type(text);
+      nsoff::runUntilIdle(); // the characters land before the focus moves on
+    }
+  }
+
+  std::unique_ptr<cCustomForm> owner;
+  std::unique_ptr<cWindowHolder> holder;
+};
+
+// Runs a form as its entry function does; true when it was accepted.
+bool accepted(cRuleForm& form, cChildElement* owner, int w, int h) {
+  return form.modal("", w, h, owner, false) == 1;
+}
+
+TEST_F(RuleForms, TheSignatureFormClampsRefusesAndRebuildsItsRows) {
+  Sig::sSigRuleDef untouched;
+  EXPECT_FALSE(Sig::defSigRule(nullptr, untouched)); // no parent: no form
+  const auto chooseType = [](Sig& f, int key) {
+    f.sheet().focus(kSection, Sig::rSearchType);
+    nsoff::runUntilIdle();
+    nsoff::key(key);
+  };
+  struct sCase {
+    const char* name;
+    std::function<void(Sig&)> act; // on the open form, before Enter
+    int stays;                     // the row focused after Enter, 0 when accepted
+    unsigned position, blockSize;  // the record when accepted
+  };
+  const sCase cases[] = {
+      {"past the limit", [](Sig& f) { retype(f, Sig::rPosition, "4194305"); }, Sig::rPosition, 0,
+       0},
+      {"no sub-block size",
+       [&](Sig& f) {
+         chooseType(f, cChildElement::kKeyDown); // fixed sub-block position
+         nsoff::runUntilIdle();
+         retype(f, Sig::rBlockSize, "0");
+       },
+       Sig::rBlockSize, 0, 0},
+      {"bad pattern", [](Sig& f) { retype(f, Sig::rPattern, "4D [5A"); }, Sig::rPattern, 0, 0},
+      {"sub-blocks",
+       [&](Sig& f) {
+         chooseType(f, cChildElement::kKeyDown);
+         nsoff::runUntilIdle();
+         retype(f, Sig::rBlockSize, "512");
+       },
+       0, 16, 512},
+      {"scan the block", [&](Sig& f) { chooseType(f, cChildElement::kKeyUp); }, 0, Sig::kWholeBlock,
+       0}};
+  for (const sCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    Sig::sSigRuleDef def;
+    def.pattern.set("4D5A");
+    def.position = 16;
+    Sig form(def);
+    std::string reason, shown;
+    int stays = 0;
+    bool rows[5] = {};
+    cScript script({[&] { c.act(form); },
+                    [&] {
+                      for (int row = 1; row <= 4; ++row)
+                        rows[row] = form.sheet().hasProp(kSection, row);
+                      nsoff::key(kEnter);
+                    },
+                    [&] {
+                      stays = focusedRow(form);
+                      reason = form.properties().display().body();
+                      if (stays) shown = form.sheet().value(kSection, stays);
+                      nsoff::key(kEscape);
+                    }});
+    const bool ok = accepted(form, owner.get(), Sig::kWidth, Sig::kHeight);
+    EXPECT_EQ(ok, c.stays == 0);
+    EXPECT_EQ(stays, c.stays);
+    EXPECT_EQ(rows[Sig::rPosition], c.position != Sig::kWholeBlock);
+    EXPECT_EQ(rows[Sig::rBlockSize], c.blockSize != 0 || c.stays == Sig::rBlockSize);
+    EXPECT_EQ(def.position, ok ? c.position : 16u); // Escape leaves the record alone
+    EXPECT_EQ(def.blockSize, c.blockSize);
+    if (c.stays == Sig::rPosition) {
+      EXPECT_EQ(shown, "4194304");
+    }
+    if (c.stays == Sig::rPattern) {
+      EXPECT_EQ(reason.rfind("At character 4: [value/mask]", 0), 0u) << reason;
+    }
+  }
+  // The entry function: the record as it stands is accepted with Enter.
+  Sig::sSigRuleDef def;
+  def.pattern.set("'GIF8'");
+  cScript enter({[] { nsoff::key(kEnter); }});
+  EXPECT_TRUE(Sig::defSigRule(owner.get(), def));
+  EXPECT_EQ(def.position, Sig::kWholeBlock);
+}
+
+TEST_F(RuleForms, TheFieldFormChecksOffsetAndMultiplier) {
+  Field::sFieldDef def;
+  def.offset = 8;
+  def.multiplier = 4;
+  def.size = Field::fsWordBE;
+  Field form(def);
+  std::vector<int> focused;
+  std::string clampedOffset;
+  cScript script({[&] {
+                    retype(form, Field::rOffset, "0x400001");
+                    nsoff::key(kEnter);
+                  },
+                  [&] {
+                    focused.push_back(focusedRow(form));
+                    clampedOffset = form.sheet().value(kSection, Field::rOffset);
+                    retype(form, Field::rMultiplier, "0");
+                    nsoff::key(kEnter);
+                  },
+                  [&] {
+                    focused.push_back(focusedRow(form));
+                    retype(form, Field::rMultiplier, "3");
+                    retype(form, Field::rAddend, "12");
+
+                    nsoff::key(kEnter);
+                  }});
+  ASSERT_TRUE(accepted(form, owner.get(), Field::kWidth, Field::kHeight));
+  EXPECT_EQ(focused, (std::vector<int>{Field::rOffset, Field::rMultiplier}));
+  EXPECT_EQ(clampedOffset, "4194304");
+  EXPECT_EQ(def.offset, 0x400000u);
+  EXPECT_EQ(def.multiplier, 3u);
+  EXPECT_EQ(def.addend, 12u);
+  EXPECT_EQ(def.size, Field::fsWordBE);
+  EXPECT_FALSE(Field::defField(nullptr, def));
+}
+
+TEST_F(RuleForms, TheOffsetAndTextFormsAcceptOnlyWhatTheyCanUse) {
+  cDefSigOffsetForm::sSigOffsetdDef offset;
+  offset.pattern.set("'PK'");
+  cDefSigOffsetForm form(offset);
+  int stays = 0;
+  cScript first({[&] {
+                   retype(form, cDefSigOffsetForm::rBytesAfter, "5000000");
+                   nsoff::key(kEnter);
+                 },
+                 [&] {
+                   stays = focusedRow(form);
+                   nsoff::key(kEscape);
+                 }});
+  EXPECT_FALSE(accepted(form, owner.get(), cDefSigOffsetForm::kWidth, cDefSigOffsetForm::kHeight));
+  EXPECT_EQ(stays, cDefSigOffsetForm::rBytesAfter);
+  EXPECT_EQ(offset.bytesAfter, 0u);
+
+  _guardchar<char> text;
+  std::vector<std::string> captions;
+  cScript second({[&] {
+                    captions.push_back(nsoff::topWindow().caption);
+                    nsoff::key(kEnter); // empty: refused
+                  },
+                  [&] {
+                    captions.push_back(nsoff::topWindow().caption);
+                    nsoff::type("GIF image");
+                    nsoff::key(kEnter);
+                  }});
+  EXPECT_TRUE(cSetTextForm::setText(owner.get(), text));
+  EXPECT_EQ(captions, (std::vector<std::string>{"Specify text value", "Specify text value"}));
+  EXPECT_STREQ(text.c_str(), "GIF image");
+}
+
+TEST_F(RuleForms, TheAboutPopupStandsCentredAndEndsByEscapeOrItsCloseMark) {
+  EXPECT_EQ(cAboutPopupUI::runAbout(nullptr), -1);
+  // Halvings round toward zero, also for a parent narrower than the popup.
+  const sPoint wide = cAboutPopupUI::placeOver({10, 20, 801, 600});
+  const sPoint narrow = cAboutPopupUI::placeOver({10, 20, 400, 101});
+  EXPECT_EQ(wide.x, 10 + 163);
+  EXPECT_EQ(narrow.x, 10 - 37);
+  EXPECT_EQ(narrow.y, 20 - 78);
+
+  sPoint ownerAt;
+  owner->absPos(ownerAt);
+  std::vector<sPoint> places;
+  const auto place = [&] {
+    const nsoff::sWindowInfo w = nsoff::topWindow();
+    places.push_back({w.x, w.y});
+  };
+  cScript escape({[&] {
+    place();
+    nsoff::key(kEscape);
+  }});
+  EXPECT_EQ(cAboutPopupUI::runAbout(owner.get()), 0);
+  cScript closeMark({[&] {
+    place();
+    nsoff::click(places.back().x + 451 + 8, places.back().y + 6 + 8);
+  }});
+  EXPECT_EQ(cAboutPopupUI::runAbout(owner.get()), 0);
+  ASSERT_EQ(places.size(), 2u);
+  EXPECT_EQ(places[0].x, ownerAt.x + (801 - 475) / 2);
+  EXPECT_EQ(places[0].y, ownerAt.y + (600 - 258) / 2);
+}
+
+} // namespace
