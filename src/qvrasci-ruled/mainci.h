@@ -1,0 +1,23 @@
+// The editor's run: where it was started from, its configuration and language, and the
+// main window until it closes.
+#pragma once
+
+#include "base/buffers.h"
+
+// The running image's load handle, learnt from the dynamic loader at start.
+extern void* gAppInstance;
+// The program's path as started (argv[0]), and the folder part of it ("./" when the path
+// names no folder).
+extern _guardchar<char> gAppPath;
+extern _guardchar<char> gAppFolder;
+
+inline constexpr const char* kMainTitle = "Zorbex rules editor - version 2.0 (64 bit)";
+inline constexpr int kMainWidth = 800, kMainHeight = 480;
+
+// Records argv[0] in gAppPath and gAppFolder.
+void setAppPath(const char* argv0);
+
+// The whole run; its result is the process's exit status: 1 without a display (one line
+// on stderr says which display was tried, and no configuration is touched), else the
+// main window's result when it closes.
+int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, char** argv);
