@@ -8,11 +8,13 @@ build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcair
        libpango1.0-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
        clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript)
+# run.sh without a display: the editor under a private Xvfb, photographed.
+run=(xvfb x11-utils xdotool imagemagick)
 # The carvers that bench/carvers.py compares qvraci-rules with, and GNU time.
 carvers=(testdisk foremost scalpel time)
 tables=(locales unicode-data python3)
 
-wanted=("${build[@]}" "${tests[@]}" "${carvers[@]}")
+wanted=("${build[@]}" "${run[@]}" "${tests[@]}" "${carvers[@]}")
 [[ "${1:-}" == "--tables" ]] && wanted+=("${tables[@]}")
 
 missing=()
