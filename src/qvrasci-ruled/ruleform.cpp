@@ -102,10 +102,14 @@ bool cRuleForm::patternCompiles(int row) {
   // Where and why, then the syntax, in the panel under the sheet.
   long long at = 0;
   const int fault = sHexSearchRule::advFault(text, at);
+  const long long character = characterNumber(text ? text : "", at);
+  // The caret stands where the pattern goes wrong.
+  if (auto* box = dynamic_cast<cEditChild*>(sheet().editControl(kSection, row)))
+    box->setCaret(character - 1);
   const char* format = string(txAtCharacter);
   const char* reason = string(txFirstFault + std::max(0, fault - 1));
   char where[64] = "";
-  if (format) std::snprintf(where, sizeof where, format, characterNumber(text ? text : "", at));
+  if (format) std::snprintf(where, sizeof where, format, character);
   std::string body = std::string(where) + (reason ? reason : "");
   if (const char* syntax = string(txSyntax)) body += std::string("\n\n") + syntax;
   const char* title = string(txNoCompile);

@@ -2,6 +2,7 @@
 // clicks as a user would.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "../ciplatform/offscreen_fixture.h"
@@ -52,6 +53,12 @@ protected:
   std::unique_ptr<cCustomForm> owner;
   std::unique_ptr<cWindowHolder> holder;
 };
+
+// With QVRACI_SHOTS set, a picture of the desktop into that folder.
+void shot(const char* name) {
+  if (const char* shots = std::getenv("QVRACI_SHOTS"))
+    nsoff::writeDesktopPng((std::string(shots) + "/ruled-" + name + ".png").c_str());
+}
 
 // Runs a form as its entry function does; true when it was accepted.
 bool accepted(cRuleForm& form, cChildElement* owner, int w, int h) {
@@ -111,6 +118,7 @@ TEST_F(RuleForms, TheSignatureFormClampsRefusesAndRebuildsItsRows) {
                       stays = focusedRow(form);
                       reason = form.properties().display().body();
                       if (stays) shown = form.sheet().value(kSection, stays);
+                      if (stays == Sig::rPattern) shot("sig-pattern");
                       nsoff::key(kEscape);
                     }});
     const bool ok = accepted(form, owner.get(), Sig::kWidth, Sig::kHeight);
@@ -155,6 +163,7 @@ TEST_F(RuleForms, TheFieldFormChecksOffsetAndMultiplier) {
                   },
                   [&] {
                     focused.push_back(focusedRow(form));
+                    shot("field");
                     retype(form, Field::rMultiplier, "3");
                     retype(form, Field::rAddend, "12");
 
