@@ -14,7 +14,7 @@ std::string configFileName() {
       cFolderContents::objtype(folder.c_str()) == fotFolder)
     base = folder.c_str();
   else
-    base = gAppPath.c_str(); // kept as it has always been: inside the program path
+    base = gAppPath.c_str(); // the program path itself, not its folder
   return base + "/." + kAppId + ".hbin";
 }
 
