@@ -165,19 +165,10 @@ int sHexSearchRule::sByteDescr::count() const {
 }
 
 bool sHexSearchRule::cnvAdv(_pattern& out, const char* text) {
-  if (!text || !*text) return false;
-  long long total = 0;
-  sAdvToken token;
-  {
-    cAdvLexer lexer(text);
-    while (lexer.next(token)) {
-      total += token.positions;
-      if (total > kMaxPositions) return false;
-    }
-    if (lexer.failed()) return false;
-  }
-  if (total == 0) return false; // only separators and case switches: no pattern at all
+  long long total = 0, at = 0;
+  if (countingPass(text, total, at) != afNone) return false;
   out.set(total);
+  sAdvToken token;
   cAdvLexer lexer(text);
   long long index = 0;
   while (lexer.next(token)) {
@@ -189,9 +180,16 @@ bool sHexSearchRule::cnvAdv(_pattern& out, const char* text) {
 }
 
 sHexSearchRule::eAdvFault sHexSearchRule::advFault(const char* text, long long& at) {
-  at = 0;
-  if (!text || !*text) return afEmpty;
   long long total = 0;
+  return countingPass(text, total, at);
+}
+
+// The compiler's first pass: every token checked and its positions counted into total.
+// An empty pattern (only separators and case switches) is a fault too.
+sHexSearchRule::eAdvFault sHexSearchRule::countingPass(const char* text, long long& total,
+                                                       long long& at) {
+  at = total = 0;
+  if (!text || !*text) return afEmpty;
   sAdvToken token;
   cAdvLexer lexer(text);
   while (lexer.next(token)) {

@@ -94,4 +94,7 @@ struct sHexSearchRule {
   // First offset >= from where the pattern matches inside data[0..size), or -1.
   static long long find(const _pattern& pattern, const unsigned char* data, long long size,
                         long long from = 0);
+
+private:
+  static eAdvFault countingPass(const char* text, long long& total, long long& at);
 };

@@ -194,7 +194,8 @@ bool cFileChooseDialog::onAfterConstruct() {
   // A proposed name is selected up to its extension, so typing replaces just the name.
   const size_t dot = myStartName.rfind('.');
   const std::string ext = dot == std::string::npos || dot == 0 ? "" : myStartName.substr(dot);
-  const bool ascii = std::all_of(ext.begin(), ext.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  const bool ascii = std::all_of(ext.begin(), ext.end(),
+                                 [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   if (myName.length() > 0)
     myName.select(0, myName.length() - (ascii ? static_cast<long long>(ext.size()) : 0) - 1);
   return true;
@@ -268,22 +269,20 @@ bool cFileChooseDialog::visit(const std::string& folder, bool quiet) {
 }
 
 bool cFileChooseDialog::back() {
-  if (myBack.empty()) return false;
-  const std::string from = myListing.folder();
-  const std::string to = myBack.back();
-  myBack.pop_back();
-  if (!show(to, false)) return false;
-  myForward.push_back(from);
-  return true;
+  return travel(myBack, myForward);
 }
 
 bool cFileChooseDialog::forward() {
-  if (myForward.empty()) return false;
-  const std::string from = myListing.folder();
-  const std::string to = myForward.back();
-  myForward.pop_back();
-  if (!show(to, false)) return false;
-  myBack.push_back(from);
+  return travel(myForward, myBack);
+}
+
+bool cFileChooseDialog::travel(std::vector<std::string>& from, std::vector<std::string>& to) {
+  if (from.empty()) return false;
+  const std::string left = myListing.folder();
+  const std::string next = from.back();
+  from.pop_back();
+  if (!show(next, false)) return false;
+  to.push_back(left);
   return true;
 }
 

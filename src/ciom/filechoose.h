@@ -95,6 +95,8 @@ private:
   bool show(const std::string& folder, bool quiet);
   // show() that remembers the folder left.
   bool visit(const std::string& folder, bool quiet);
+  // Shows the last folder of one history and remembers the folder left in the other.
+  bool travel(std::vector<std::string>& from, std::vector<std::string>& to);
   void followTyped();
   std::string patterns() const;
   const sFileEntry* selectedEntry() const;
