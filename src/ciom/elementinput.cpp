@@ -58,6 +58,8 @@ bool cChildElement::processMouseBtn(int x, int y, int button, bool down, bool sh
   if (routeMouseToChild(x, y, child, cx, cy))
     return child->processMouseBtn(cx, cy, button, down, shift, ctrl);
   if (!visible()) return false;
+  // A press means the user has read the tooltip; left up it would cover what the click opens.
+  if (down) myHintPopup.reset();
   if (button == 2 && !down) notifyAction(new cCtxRequestAction(x, y, shift, ctrl, false));
   onMouseButton(x, y, button, down);
   if (button == 1 && down) {

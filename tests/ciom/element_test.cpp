@@ -660,7 +660,7 @@ public:
   int open = 0;
 };
 
-TEST_F(ElementTree, HintShowsBelowAndGoesOnLeaving) {
+TEST_F(ElementTree, HintShowsBelowAndGoesOnLeavingOrPress) {
   cFontObject::setMaker([]() { return std::make_unique<cFontObject>(); });
   cChildElement root, plain, tipped;
   cHintWindow window(root);
@@ -680,7 +680,13 @@ TEST_F(ElementTree, HintShowsBelowAndGoesOnLeaving) {
   root.processMouseMove(5, 5);
   EXPECT_EQ(window.open, 0);
   EXPECT_EQ(tipped.hintPopup(), nullptr);
+  // A press on the element ends it too.
+  root.processMouseMove(25, 35);
+  ASSERT_EQ(window.open, 1);
+  root.processMouseBtn(25, 35, 1, true, false, false);
+  EXPECT_EQ(window.open, 0);
   // A closing tooltip's own action also ends it.
+  root.processMouseMove(5, 5);
   root.processMouseMove(25, 35);
   ASSERT_EQ(window.open, 1);
   tipped.postAction(new cChildAction(cChildAction::acHintClosed));
