@@ -19,13 +19,20 @@ cButtonChild* cToolBarChild::button(int id) const {
 }
 
 void cToolBarChild::setPictures(const cPicturesList* pictures) {
-  myPictures = pictures;
-  myActive.clear();
-  myDisabled.clear();
+  myOwnActive.clear();
+  myOwnDisabled.clear();
   if (pictures) {
-    pictures->mkActive(myActive);
-    pictures->mkDisabled(myDisabled);
+    pictures->mkActive(myOwnActive);
+    pictures->mkDisabled(myOwnDisabled);
   }
+  setPictures(pictures, &myOwnActive, &myOwnDisabled);
+}
+
+void cToolBarChild::setPictures(const cPicturesList* pictures, const cPicturesList* active,
+                                const cPicturesList* disabled) {
+  myPictures = pictures;
+  myActive = active;
+  myDisabled = disabled;
   for (auto& it : myItems) applyPictures(*it);
   layout();
 }
@@ -35,8 +42,9 @@ void cToolBarChild::applyPictures(sItem& it) {
     it.button->setPictures(nullptr, nullptr, nullptr);
     return;
   }
-  it.button->setPictures(myPictures->image(it.picture), myActive.image(it.picture),
-                         myDisabled.image(it.picture));
+  it.button->setPictures(myPictures->image(it.picture),
+                         myActive ? myActive->image(it.picture) : nullptr,
+                         myDisabled ? myDisabled->image(it.picture) : nullptr);
 }
 
 bool cToolBarChild::addButton(int id, const char* text, const char* hint, int picture,

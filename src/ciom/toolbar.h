@@ -26,6 +26,10 @@ public:
   // The pictures of the buttons (owned elsewhere; it must outlive the tool bar). Null:
   // no pictures.
   void setPictures(const cPicturesList* pictures);
+  // The same with the highlighted and disabled looks made already (mkActive, mkDisabled),
+  // for pictures shared by several tool bars.
+  void setPictures(const cPicturesList* pictures, const cPicturesList* active,
+                   const cPicturesList* disabled);
   // Adds a button at the end; picture is an id in the pictures list (-1: none). False
   // when the id is taken.
   bool addButton(int id, const char* text, const char* hint = nullptr, int picture = -1,
@@ -54,6 +58,8 @@ private:
 
   cButtonChild::eLook myLook;
   const cPicturesList* myPictures = nullptr;
-  cPicturesList myActive, myDisabled;
+  const cPicturesList* myActive = nullptr;
+  const cPicturesList* myDisabled = nullptr;
+  cPicturesList myOwnActive, myOwnDisabled; // derived when not given
   std::vector<std::unique_ptr<sItem>> myItems;
 };

@@ -50,6 +50,8 @@ int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, c
   cLibLang::applyLang(currLangID());
 
   std::unique_ptr<cRuledMainForm> form = newMainForm();
+  // A rules file named on the command line opens once the window is up.
+  if (argc > 1 && argv && argv[1]) form->openAtStart(argv[1]);
   sRect place{-1, -1, kMainWidth, kMainHeight};
   maker->recommendMainWindowSize(place);
   // No owner: the window is the application's own, and the run ends when it closes.

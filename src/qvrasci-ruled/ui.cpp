@@ -1,12 +1,33 @@
 #include "ui.h"
 
+#include <algorithm>
+
 #include "about.h"
+#include "ciom/messageform.h"
+#include "ciom/theme.h"
+#include "img_res.h"
+#include "uitext.h"
 
 namespace {
 
-// Texts of "ruled::main".
-constexpr int txAbout = 6, txAboutHint = 7;
-constexpr int kToolsHeight = 26, kMargin = 4;
+using P = cPropSheetChild;
+
+// Theme dimensions of the top tool bar: its place and height.
+constexpr int kToolsYDim = 3, kToolsXDim = 4, kToolsHeightDim = 6;
+constexpr int kTopMargin = 50, kToolMinWidth = 70, kRuleBarHeight = 24;
+
+struct sPictureRes {
+  int id;
+  const unsigned char* data;
+  const unsigned& size;
+};
+
+void fill(cPicturesList& list, std::initializer_list<sPictureRes> pictures) {
+  for (const sPictureRes& p : pictures) {
+    auto picture = std::make_unique<cPicture>();
+    if (picture->create(p.data, p.size)) list.storeImage(p.id, std::move(picture));
+  }
+}
 
 } // namespace
 
@@ -16,19 +37,238 @@ cPicturesList cRuledMainForm::myCtbImages;
 cPicturesList cRuledMainForm::myCtbImagesAct;
 cPicturesList cRuledMainForm::myCtbImagesDsb;
 
+void cRuledMainForm::loadPictures() {
+  if (myToolImages.count()) return;
+  fill(myToolImages, {{1, kToolNew, kToolNewSize},
+                      {2, kToolOpen, kToolOpenSize},
+                      {3, kToolSave, kToolSaveSize},
+                      {4, kToolAbout, kToolAboutSize}});
+  fill(myTreeImages, {{tpRoot, kTreeRoot, kTreeRootSize},
+                      {tpContainer, kTreeContainer, kTreeContainerSize},
+                      {tpPassive, kTreePassive, kTreePassiveSize},
+                      {tpActive, kTreeActive, kTreeActiveSize}});
+  fill(myCtbImages, {{1, kRuleType, kRuleTypeSize},
+                     {2, kRuleOk, kRuleOkSize},
+                     {3, kRuleCancel, kRuleCancelSize},
+                     {4, kRuleStart, kRuleStartSize},
+                     {5, kRuleEnd, kRuleEndSize}});
+  myCtbImages.mkActive(myCtbImagesAct);
+  myCtbImages.mkDisabled(myCtbImagesDsb);
+}
+
 void cRuledMainForm::onConstruct() {
   cCustomForm::onConstruct();
-  myTools.setTransparent(true);
-  clientArea()->attach(&myTools, kMargin, kMargin, 0, kToolsHeight);
-  myTools.addButton(kAbout, string(txAbout), string(txAboutHint));
-  clientArea()->anchor(&myTools, kMargin, kMargin, myTools.wantedWidth(), kToolsHeight);
+  loadPictures();
+  const cCITheme& theme = cCITheme::theme();
+  setTopMargin(kTopMargin);
+  const int x = theme.getDimension(kToolsXDim, 0);
+  anchor(&myTools, x, theme.getDimension(kToolsYDim, 0), ~(2 * x),
+         theme.getDimension(kToolsHeightDim, 0));
+
+  clientArea()->anchor(&mySplit, 0, 0, -1, -1);
+  mySplit.setShare(0.4);
+  mySplit.setMinSizes(120, 240);
+  mySplit.pane(0)->anchor(&myTree, 0, 0, -1, -1);
+  mySplit.pane(1)->anchor(&myRight, 0, 0, -1, -1);
+  myRight.anchor(&myRuleTools, 0, 0, -1, kRuleBarHeight);
+  myRight.anchor(&mySheet, 0, kRuleBarHeight, -1, -25);
+  myRight.setDefaultBackgroundColor(theme.getColor(0));
+  buildTools();
+
+  myTree.setImageLists(&myTreeImages, &myTreeImages, &myTreeImages);
+  myTree.storeUnder(nullptr, new tItem(string(txDefinition), nullptr, tpRoot));
+  activateMain();
+}
+
+void cRuledMainForm::buildTools() {
+  myTools.setPictures(&myToolImages);
+  myTools.addButton(kNew, string(txNew), string(txNewHint), 1, kToolMinWidth);
+  myTools.addButton(kOpen, string(txOpen), string(txOpenHint), 2, kToolMinWidth);
+  myTools.addButton(kSave, string(txSave), string(txSaveHint), 3, kToolMinWidth);
+  myTools.addButton(kAbout, string(txAbout), string(txAboutHint), 4, kToolMinWidth);
+
+  myRuleTools.setPictures(&myCtbImages, &myCtbImagesAct, &myCtbImagesDsb);
+  myRuleTools.addButton(kNewType, string(txNewType), string(txNewDefinition), 1);
+  myRuleTools.addButton(kMerge, string(txMergeFrom), string(txMergeDefinitions), 2);
+  myRuleTools.addButton(kNewStart, string(txStart), string(txStartHint), 4);
+  myRuleTools.addButton(kNewEnd, string(txTermination), string(txTerminationHint), 5);
+  myRuleTools.addButton(kRemove, string(txRemove), string(txRemoveHint), 3);
+}
+
+bool cRuledMainForm::onAfterConstruct() {
+  myTree.select(myTree.root(), true);
+  if (!myStartFile.empty()) loadFile(myStartFile.c_str(), false);
+  return true;
+}
+
+void cRuledMainForm::showRuleTools(std::initializer_list<int> ids) {
+  for (const int id : {kNewType, kMerge, kNewStart, kNewEnd, kRemove}) {
+    myRuleTools.showButton(id, std::find(ids.begin(), ids.end(), id) != ids.end());
+    myRuleTools.enableButton(id, true);
+  }
+}
+
+bool cRuledMainForm::mayDiscard() {
+  return mySaved || cMessageForm::warnconfirmbox(this, string(txCloseQuestion), nullptr);
+}
+
+bool cRuledMainForm::onClose() {
+  return mayDiscard();
+}
+
+void cRuledMainForm::onTool(int id) {
+  switch (id) {
+  case kNew:
+    if (!mayDiscard()) return;
+    mySignatures.destroy();
+    myFileName.clear();
+    mySaved = true;
+    recalcRules();
+    redrawRules();
+    return;
+  case kOpen:
+    if (mayDiscard()) loadSigs(false);
+    return;
+  case kSave:
+    if (mySignatures.first()) saveSigs();
+    return;
+  case kAbout:
+    cAboutPopupUI::runAbout(this);
+    return;
+  }
+}
+
+void cRuledMainForm::onRuleTool(int id) {
+  switch (id) {
+  case kNewType:
+    newSig(myCurrent ? myTree.find(myCurrent) : myTree.root());
+    return;
+  case kMerge:
+    loadSigs(true);
+    return;
+  case kNewStart:
+    newStr();
+    return;
+  case kNewEnd:
+    newEnd();
+    return;
+  case kRemove:
+    rmRule();
+    return;
+  }
+}
+
+bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
+  if (ctrl && !shift && !alt) {
+    const int command = key == 'N' ? kNew : key == 'O' ? kOpen : key == 'S' ? kSave : 0;
+    if (command) {
+      onTool(command);
+      return true;
+    }
+  }
+  // Delete on a selected definition in the tree asks, as its menu's Delete does.
+  if (key == kKeyDelete && !shift && !ctrl && !alt && myTree.isChild(getFocused()) &&
+      myTree.selected() && myTree.selected()->data) {
+    delSig(myTree.selected());
+    return true;
+  }
+  return cCustomForm::processKey(key, shift, ctrl, alt);
 }
 
 bool cRuledMainForm::onAction(cChildElement* source, cChildAction* action) {
-  if (source == &myTools && action && action->code == cToolBarAction::kCode &&
-      static_cast<cToolBarAction*>(action)->id == kAbout) {
-    cAboutPopupUI::runAbout(this);
+  if (!action) return cCustomForm::onAction(source, action);
+  const int code = action->code;
+  if (code == cToolBarAction::kCode && (source == &myTools || source == &myRuleTools)) {
+    const int id = static_cast<cToolBarAction*>(action)->id;
+    if (source == &myTools)
+      onTool(id);
+    else
+      onRuleTool(id);
+    return true;
+  }
+  if (source == &myTree && code >= cTreeViewChild::kActivated && code <= cTreeViewChild::kContext) {
+    if (code == cTreeViewChild::kContext)
+      contextMenu(static_cast<cTreeViewChild::cTreeItemCtxAction*>(action));
+    else
+      onTreeAction(static_cast<cTreeViewChild::cTreeItemAction*>(action));
+    return true;
+  }
+  if (source == &mySheet && (code == P::kSelected || code == P::kButton || code == P::kChoice)) {
+    processPropAction(static_cast<P::cPropSheetAction*>(action));
     return true;
   }
   return cCustomForm::onAction(source, action);
+}
+
+void cRuledMainForm::onTreeAction(cTreeViewChild::cTreeItemAction* action) {
+  auto* sig = action->item ? static_cast<cScanSignature*>(action->item->data) : nullptr;
+  if (sig)
+    activate(sig);
+  else
+    activateMain();
+}
+
+// --- counting and the root view -------------------------------------------------------
+
+void cRuledMainForm::recalcRules() {
+  myCounts[0] = myCounts[1] = myCounts[2] = 0;
+  for (cTreeItem* item = mySignatures.first(); item; item = item->nextInOrder()) {
+    const int mode = static_cast<cScanSignature*>(item)->hitMode;
+    if (mode >= 0 && mode <= 2) ++myCounts[mode];
+  }
+}
+
+void cRuledMainForm::clearSelection() {
+  mySelStr = nullptr;
+  mySelEnd = nullptr;
+  myStrRows.clear();
+  myEndRows.clear();
+}
+
+void cRuledMainForm::activateMain() {
+  myCurrent = nullptr;
+  clearSelection();
+  mySheet.startChanges();
+  mySheet.clear();
+  showRuleTools({kNewType, kMerge});
+  mySheet.setSection(kStatistics, string(txStatistics));
+  const int rows[][2] = {{rActive, 2}, {rPassive, 1}, {rContainers, 0}};
+  for (const auto& [row, mode] : rows) {
+    mySheet.setProperty(kStatistics, row, string(txActiveRules + row - 1), nullptr, nullptr,
+                        P::ptText);
+    mySheet.setPropertyVal(kStatistics, row, static_cast<unsigned long long>(myCounts[mode]), false,
+                           0);
+  }
+  mySheet.endChanges();
+}
+
+namespace {
+
+void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanSignature* first) {
+  for (cScanSignature* sig = first; sig; sig = sig->nextSig()) {
+    const int picture = sig->hitMode == 2   ? cRuledMainForm::tpActive
+                        : sig->hitMode == 1 ? cRuledMainForm::tpPassive
+                                            : cRuledMainForm::tpContainer;
+    auto* item = new cTreeViewChild::cTreeViewItem(sig->name.c_str(), sig, picture);
+    tree.storeUnder(under, item);
+    addItems(tree, item, sig->firstChildSig());
+  }
+}
+
+} // namespace
+
+void cRuledMainForm::redrawRules() {
+  myTree.startChanges();
+  myTree.remove_under(myTree.root());
+  addItems(myTree, myTree.root(), mySignatures.firstSig());
+  myTree.endChanges();
+  myTree.select(myTree.root(), false);
+  activateMain();
+}
+
+void cRuledMainForm::setTreePicture(cScanSignature* sig) {
+  tItem* item = myTree.find(sig);
+  if (!item) return;
+  item->image = sig->hitMode == 2 ? tpActive : sig->hitMode == 1 ? tpPassive : tpContainer;
+  myTree.update();
 }

@@ -1,26 +1,165 @@
-// The editor's main form. For now its frame: the tool bar with About; the definition tree
-// and the property sheet join it next.
+// The editor's main form: the definition tree on the left; on the right a small rule bar
+// over a property sheet that shows the statistics of the whole set (root selected) or the
+// properties and rules of the selected definition. A tool bar at the top carries the file
+// commands. Every action changes the definition tree or loads or saves it.
+//
+// ui.cpp builds the form and its two views, ui_item.cpp adds and removes definitions and
+// rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves.
 #pragma once
 
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "ciom/customform.h"
+#include "ciom/filechoose.h"
 #include "ciom/pictlist.h"
+#include "ciom/propsheet.h"
+#include "ciom/split.h"
 #include "ciom/toolbar.h"
+#include "ciom/treeview.h"
+#include "zorb/customsig.h"
 
 class cRuledMainForm : public cCustomForm {
 public:
-  enum eTool { kAbout = 1 };
+  using tItem = cTreeViewChild::cTreeViewItem;
 
+  enum eTool { kNew = 10, kOpen = 20, kSave = 30, kAbout = 40 };
+  enum eRuleTool { kNewType = 10, kMerge = 20, kNewStart = 30, kNewEnd = 40, kRemove = 50 };
+  // The tree's pictures, by hit mode (container, passive, active) after the root's.
+  enum eTreePicture { tpRoot = 1, tpContainer = 2, tpPassive = 3, tpActive = 4 };
+  // Sections and rows of the signature view.
+  enum eSection { kGeneral = 1, kHitConditions = 2, kStartRules = 3, kEndRules = 4 };
+  enum eRow {
+    rName = 1,
+    rExtension = 2,
+    rContentType = 1,
+    rScope = 2,
+    rScopeDetail = 3,
+    rHitMode = 4,
+    rAllRules = 5,
+  };
+  // The root view's only section and its rows.
+  enum eStatistics { kStatistics = 1, rActive = 1, rPassive = 2, rContainers = 3 };
+  static constexpr int kWorkSize = 16384;
+  static constexpr unsigned kInheritedColour = 0xA0A0A0;
+
+  cRuledMainForm() = default;
+
+  // --- the parts, for those who drive the form
   cToolBarChild& tools() { return myTools; }
+  cToolBarChild& ruleTools() { return myRuleTools; }
+  cTreeViewChild& tree() { return myTree; }
+  cPropSheetChild& sheet() { return mySheet; }
+  cCustomSignaturesTree& signatures() { return mySignatures; }
+  bool saved() const { return mySaved; }
+  cScanSignature* current() const { return myCurrent; }
+  int count(int hitMode) const { return myCounts[hitMode]; }
+  const std::string& lastFolder() const { return myLastFolder; }
+  const std::string& fileName() const { return myFileName; }
+
+  // A rules file to open once the window is up (the command line's).
+  void openAtStart(const char* path) { myStartFile = path ? path : ""; }
+
+  // --- views
+  void activateMain();
+  void activate(cScanSignature* sig);
+  void recalcRules();
+  void redrawRules();
+
+  // --- the tree's contents
+  void newSig(tItem* item);
+  void delSig(tItem* item);
+  void newStr();
+  void newEnd();
+  void rmRule();
+
+  // --- files: the dialogs, then the work
+  void loadSigs(bool merge);
+  void saveSigs();
+  // Loads path, replacing the set or merging into it; errors are shown. False when the
+  // file could not be opened.
+  bool loadFile(const char* path, bool merge);
+  // Saves to path beside and over the old file; errors are shown.
+  void saveFile(const char* path);
+
+  void processPropAction(cPropSheetChild::cPropSheetAction* action);
+
+  // A text resource's format with each %s or %d replaced by the next argument (nothing
+  // when they run out), %% by %; nothing else is read from it.
+  static std::string format(const char* pattern, std::initializer_list<std::string> args);
+  // The text number of a field's size name, by its size code 0..6.
+  static int fieldSizeText(int code);
 
   const char* wantLangResource() override { return "ruled::main"; }
   void onConstruct() override;
+  bool onAfterConstruct() override;
   bool onAction(cChildElement* source, cChildAction* action) override;
+  bool processKey(int key, bool shift, bool ctrl, bool alt) override;
   bool onFormCancel() override { return false; } // Escape does not close the editor
+  bool onClose() override;
 
   // Pictures shared by every main form: the tool bar's, the tree's, and the rule bar's in
   // their normal, active and disabled looks.
   static cPicturesList myToolImages, myTreeImages, myCtbImages, myCtbImagesAct, myCtbImagesDsb;
 
 private:
+  static void loadPictures();
+  std::vector<sFileFilter> rulesFilter(); // the file dialogs' one filter
+  void buildTools();
+  void onTool(int id);
+  void onRuleTool(int id);
+  void onTreeAction(cTreeViewChild::cTreeItemAction* action);
+  void contextMenu(cTreeViewChild::cTreeItemCtxAction* action);
+  // The rule bar with these buttons shown (in the order of their ids).
+  void showRuleTools(std::initializer_list<int> ids);
+  // True when the user may drop the set: it is saved, or they say yes.
+  bool mayDiscard();
+  void changed() { mySaved = false; }
+  void clearSelection();
+
+  // Signature view parts.
+  void showGeneral(cScanSignature* sig);
+  void showContentType(cScanSignature* sig);
+  void showScope(cScanSignature* sig);
+  void showHitMode(cScanSignature* sig);
+  void showStartRules(cScanSignature* sig);
+  void showEndRules(cScanSignature* sig);
+  // A rule row's text: its description, in the work buffer.
+  const char* describe(const cScanSigRule* rule);
+  const char* describe(const cScanSigEndRule* rule);
+
+  // Edits of the signature view's rows (ui_edit.cpp).
+  void editName();
+  void editExtension();
+  void editHitMode();
+  void editScope();
+  void editContentType();
+  void editStartRule(cScanSigRule* rule);
+  void editEndRule(cScanSigEndRule* rule);
+  // A popup menu of texts at x, y on the desktop, as (id, text number) pairs; width 0 makes
+  // it a little wider than its widest text. The chosen id, or -1.
+  int menu(const std::vector<std::pair<int, int>>& choices, int x, int y, int width, int hot);
+  // A drop-down of texts (ids 1, 2, ...) under a row's value; the chosen id, or -1.
+  int propExtend(int section, int row, std::initializer_list<int> texts, int current);
+  void setTreePicture(cScanSignature* sig);
+
   cToolBarChild myTools{cButtonChild::lkFlat};
+  cSplitterChild mySplit;
+  cTreeViewChild myTree;
+  cPanelChild myRight;
+  cToolBarChild myRuleTools{cButtonChild::lkFlat};
+  cPropSheetChild mySheet;
+
+  cCustomSignaturesTree mySignatures;
+  bool mySaved = true;
+  std::string myLastFolder, myFileName, myStartFile;
+  char myWork[kWorkSize] = {};
+  int myCounts[3] = {0, 0, 0}; // by hit mode
+  cScanSignature* myCurrent = nullptr;
+  std::map<int, cScanSigRule*> myStrRows;
+  std::map<int, cScanSigEndRule*> myEndRows;
+  cScanSigRule* mySelStr = nullptr;
+  cScanSigEndRule* mySelEnd = nullptr;
 };

@@ -1,0 +1,226 @@
+// The signature view: the selected definition's general information, hit conditions, and
+// its start and termination rules after those it inherits.
+#include <algorithm>
+
+#include "ciom/messageform.h"
+#include "ui.h"
+#include "uitext.h"
+
+namespace {
+
+using P = cPropSheetChild;
+
+// The first content rule of a kind on the definition or, failing that, its nearest
+// ancestor that has one; owner receives the node holding it.
+cScanSigRule* inheritedStr(cScanSignature* sig, int type, cScanSignature*& owner) {
+  for (owner = sig; owner; owner = owner->parentSig()) {
+    if (cScanSigRule* rule = owner->first_typed_str(type)) return rule;
+  }
+  return nullptr;
+}
+
+} // namespace
+
+std::string cRuledMainForm::format(const char* pattern, std::initializer_list<std::string> args) {
+  // Only %s and %d are filled, in order; a text resource cannot make this read anything else.
+  std::string out;
+  auto next = args.begin();
+  for (const char* p = pattern ? pattern : ""; *p; ++p) {
+    if (p[0] == '%' && (p[1] == 's' || p[1] == 'd')) {
+      if (next != args.end()) out += *next++;
+      ++p;
+    } else if (p[0] == '%' && p[1] == '%') {
+      out += '%';
+      ++p;
+    } else {
+      out += *p;
+    }
+  }
+  return out;
+}
+
+int cRuledMainForm::fieldSizeText(int code) {
+  return code <= 3 ? txByte + std::max(code, 0) : txWordBE + std::min(code, 6) - 4;
+}
+
+const char* cRuledMainForm::describe(const cScanSigRule* rule) {
+  myWork[0] = 0;
+  if (rule) rule->genStdName(myWork, kWorkSize);
+  return myWork;
+}
+
+const char* cRuledMainForm::describe(const cScanSigEndRule* rule) {
+  myWork[0] = 0;
+  if (rule) rule->genStdName(myWork, kWorkSize);
+  return myWork;
+}
+
+void cRuledMainForm::activate(cScanSignature* sig) {
+  if (!sig) return activateMain();
+  myCurrent = sig;
+  clearSelection();
+  mySheet.startChanges();
+  mySheet.clear();
+  showRuleTools({kNewType, kNewStart, kNewEnd, kRemove});
+  myRuleTools.enableButton(kRemove, false);
+  showGeneral(sig);
+  mySheet.setSection(kHitConditions, string(txHitConditions));
+  showContentType(sig);
+  showScope(sig);
+  showHitMode(sig);
+  mySheet.setProperty(kHitConditions, rAllRules, string(txHitWhen), nullptr, nullptr, P::ptList);
+  mySheet.setPropertyVal(kHitConditions, rAllRules, 1, nullptr, string(txAllRules), sig->allRules);
+  mySheet.setPropertyVal(kHitConditions, rAllRules, 2, nullptr, string(txAnyRule), !sig->allRules);
+  showStartRules(sig);
+  showEndRules(sig);
+  mySheet.endChanges();
+}
+
+void cRuledMainForm::showGeneral(cScanSignature* sig) {
+  mySheet.setSection(kGeneral, string(txGeneral));
+  mySheet.setProperty(kGeneral, rName, string(txName), nullptr, sig->name.c_str(),
+                      P::ptReadonlyAction);
+  mySheet.setProperty(kGeneral, rExtension, string(txExtension), nullptr, sig->ext.c_str(),
+                      P::ptReadonlyAction);
+}
+
+void cRuledMainForm::showContentType(cScanSignature* sig) {
+  cScanSignature* owner = nullptr;
+  int text = txBinary;
+  if (inheritedStr(sig, 4, owner))
+    text = txAsciiText;
+  else if (inheritedStr(sig, 5, owner))
+    text = txUnicodeText;
+  // What an ancestor decides is shown, greyed, but changed only there.
+  const bool own = text == txBinary || owner == sig;
+  mySheet.setProperty(kHitConditions, rContentType, string(txContentType), nullptr, string(text),
+                      own ? P::ptReadonlyAction : P::ptReadonly);
+  if (!own) mySheet.setPropertyColor(kHitConditions, rContentType, kInheritedColour);
+}
+
+void cRuledMainForm::showScope(cScanSignature* sig) {
+  const int kind = sig->subset ? sig->subset->typeOf() : 0;
+  const int scope = kind == 1 ? txSubsetByOffset : kind == 2 ? txSubsetBySignature : txSameAsParent;
+  if (!mySheet.hasProp(kHitConditions, rScope))
+    mySheet.setProperty(kHitConditions, rScope, string(txScope), nullptr, nullptr,
+                        P::ptReadonlyAction);
+  mySheet.setPropertyVal(kHitConditions, rScope, string(scope));
+  mySheet.remove(kHitConditions, rScopeDetail);
+  if (kind == 1) {
+    const auto* field = static_cast<const cFieldRelativeSubset*>(sig->subset.get());
+    const std::string detail =
+        format(string(txFieldFormat),
+               {string(fieldSizeText(field->width())), std::to_string(field->offset()),
+                std::to_string(field->multiplier()), std::to_string(field->increment())});
+    mySheet.setProperty(kHitConditions, rScopeDetail, string(txScopeDefinedAs), nullptr,
+                        detail.c_str(), P::ptReadonly);
+  } else if (kind == 2) {
+    const auto* magic = static_cast<const cMagicRelativeSubset*>(sig->subset.get());
+    const std::string detail = format(string(txAdvHexFormat), {magic->text()});
+    mySheet.setProperty(kHitConditions, rScopeDetail, string(txScopeDefinedBy), nullptr,
+                        detail.c_str(), P::ptReadonly);
+  }
+}
+
+void cRuledMainForm::showHitMode(cScanSignature* sig) {
+  const int text = sig->hitMode == 2 ? txAlways : sig->hitMode == 1 ? txIfNoOther : txNever;
+  if (!mySheet.hasProp(kHitConditions, rHitMode))
+    mySheet.setProperty(kHitConditions, rHitMode, string(txRuleHits), nullptr, nullptr,
+                        P::ptReadonlyAction);
+  mySheet.setPropertyVal(kHitConditions, rHitMode, string(text));
+}
+
+void cRuledMainForm::showStartRules(cScanSignature* sig) {
+  mySheet.setSection(kStartRules, string(txStartRules));
+  int row = 0;
+  for (cScanSignature* up = sig->parentSig(); up; up = up->parentSig()) {
+    for (cScanSigRule* r = up->first_str(); r; r = up->next_str(r)) {
+      if (r->typeOf() != 7) continue;
+      mySheet.setProperty(kStartRules, ++row, string(txMatchingSignature), nullptr, describe(r),
+                          P::ptReadonly);
+      mySheet.setPropertyColor(kStartRules, row, kInheritedColour);
+    }
+  }
+  for (cScanSigRule* r = sig->first_str(); r; r = sig->next_str(r)) {
+    if (r->typeOf() != 7) continue;
+    mySheet.setProperty(kStartRules, ++row, string(txMatchingSignature), nullptr, describe(r),
+                        P::ptReadonlyAction);
+    myStrRows[row] = r;
+  }
+}
+
+void cRuledMainForm::showEndRules(cScanSignature* sig) {
+  mySheet.setSection(kEndRules, string(txEndRules));
+  auto caption = [this](const cScanSigEndRule* r) {
+    return string(r->typeOf() == 7 ? txAdvHexRule : txSizeField);
+  };
+  auto shown = [](const cScanSigEndRule* r) { return r->typeOf() == 7 || r->typeOf() == 1; };
+  int row = 0;
+  for (cScanSignature* up = sig->parentSig(); up; up = up->parentSig()) {
+    for (cScanSigEndRule* r = up->first_end(); r; r = up->next_end(r)) {
+      if (!shown(r)) continue;
+      mySheet.setProperty(kEndRules, ++row, caption(r), nullptr, describe(r), P::ptReadonly);
+      mySheet.setPropertyColor(kEndRules, row, kInheritedColour);
+    }
+  }
+  for (cScanSigEndRule* r = sig->first_end(); r; r = sig->next_end(r)) {
+    if (!shown(r)) continue;
+    mySheet.setProperty(kEndRules, ++row, caption(r), nullptr, describe(r), P::ptReadonlyAction);
+    myEndRows[row] = r;
+  }
+}
+
+// --- definitions in the tree ------------------------------------------------------------
+
+void cRuledMainForm::newSig(tItem* item) {
+  if (!item) return;
+  auto fresh = std::make_unique<cScanSignature>();
+  fresh->create(string(txEmptyDefinition), "undefined");
+  fresh->hitMode = cScanSignature::hmNever;
+  cScanSignature* sig =
+      mySignatures.add(static_cast<cScanSignature*>(item->data), std::move(fresh));
+  if (!sig) return;
+  auto* added = new tItem(sig->name.c_str(), sig, tpContainer);
+  myTree.storeUnder(item, added);
+  recalcRules();
+  changed();
+  myTree.select(added, true);
+  activate(sig);
+}
+
+void cRuledMainForm::delSig(tItem* item) {
+  auto* sig = item ? static_cast<cScanSignature*>(item->data) : nullptr;
+  if (!sig || !cMessageForm::warnconfirmbox(this, string(txDeleteQuestion), nullptr)) return;
+  // The view lets go of the item before the definition it points to goes.
+  myTree.select(myTree.root(), true);
+  myTree.remove(item);
+  mySignatures.remove(sig);
+  recalcRules();
+  changed();
+  activateMain();
+}
+
+void cRuledMainForm::contextMenu(cTreeViewChild::cTreeItemCtxAction* action) {
+  tItem* item = action->item;
+  if (!item) return;
+  sPoint at;
+  myTree.absPos(at);
+  const bool root = item->data == nullptr;
+  const std::vector<std::pair<int, int>> rootMenu = {
+      {10, txNewDefinition}, {20, txMergeDefinitions}, {40, txSaveHint}};
+  const std::vector<std::pair<int, int>> sigMenu = {{10, txNewSubDefinition},
+                                                    {30, txDeleteDefinition}};
+  switch (menu(root ? rootMenu : sigMenu, at.x + action->x, at.y + action->y, 0, -1)) {
+  case 10:
+    return newSig(item);
+  case 20:
+    return loadSigs(true);
+  case 30:
+    return delSig(item);
+  case 40:
+    if (mySignatures.first()) saveSigs();
+    return;
+  default:
+    return;
+  }
+}
