@@ -1,0 +1,290 @@
+// The editor's main form, driven offscreen by keys and clicks as a user would.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "../ciplatform/offscreen_fixture.h"
+#include "base/files.h"
+#include "qvrasci-ruled/ui.h"
+#include "zorb/csigtext.h"
+
+namespace {
+
+using Form = cRuledMainForm;
+using tItem = Form::tItem;
+constexpr int kEnter = cChildElement::kKeyEnter, kEscape = cChildElement::kKeyEscape;
+constexpr int kDown = cChildElement::kKeyDown, kEnd = cChildElement::kKeyEnd;
+
+// A container without rules over a definition with its own start and end rules, over one
+// that adds its own to those it inherits.
+constexpr const char* kRules = R"(qvraci-rules text 1
+definition "Box" mode never {
+  definition "Parent" ext "par" {
+    start at 0: 'PA'
+    end size at 4 width 4
+    definition "Child" ext "chi" {
+      start at 2: 'CH'
+      end after 2: 'ZZ'
+    }
+  }
+}
+)";
+
+std::string textOf(const cCustomSignaturesTree& tree) {
+  std::string text, error;
+  EXPECT_TRUE(rulesToText(tree, text, error)) << error;
+  return text;
+}
+
+class MainForm : public cOffscreenTest {
+protected:
+  void SetUp() override {
+    cOffscreenTest::SetUp();
+    char pattern[] = "/tmp/qvraci-main-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    dir = pattern;
+    form = std::make_unique<Form>();
+    holder.reset(ns().asyncwnd("editor", 800, 600, form.get(), nullptr, true, 0, 0));
+    ASSERT_NE(holder, nullptr);
+    nsoff::runUntilIdle();
+  }
+  void TearDown() override {
+    holder.reset();
+    form.reset();
+    std::system(("rm -rf '" + dir + "'").c_str());
+    cOffscreenTest::TearDown();
+  }
+
+  // A rules file in the test's folder built from the text form.
+  std::string rulesFile(const char* name, const char* text) {
+    cCustomSignaturesTree tree;
+    sRulesTextError error;
+    EXPECT_TRUE(rulesFromText(text, tree, error)) << error.message;
+    const std::string path = dir + "/" + name;
+    cFileIO file;
+    EXPECT_TRUE(file.create(path.c_str(), fmWrite));
+    EXPECT_EQ(tree.save(&file), 0);
+    return path;
+  }
+  void open(const char* text = kRules) {
+    ASSERT_TRUE(form->loadFile(rulesFile("in.qrrs", text).c_str(), false));
+    nsoff::runUntilIdle();
+  }
+  cScanSignature* sig(const char* name) {
+    for (cTreeItem* i = form->signatures().first(); i; i = i->nextInOrder()) {
+      auto* s = static_cast<cScanSignature*>(i);
+      if (std::string(s->name.c_str()) == name) return s;
+    }
+    return nullptr;
+  }
+  tItem* item(const char* name) { return form->tree().find(sig(name)); }
+  static void clickOn(cChildElement* e, int button = 1) {
+    ASSERT_NE(e, nullptr);
+    const sPoint p = centreOf(e);
+    nsoff::click(p.x, p.y, button);
+    nsoff::runUntilIdle();
+  }
+  void select(const char* name) {
+    ASSERT_NE(item(name), nullptr) << name;
+    clickOn(item(name)->element.get());
+    ASSERT_EQ(form->current(), sig(name));
+  }
+  void press(int section, int row) { clickOn(form->sheet().actionButton(section, row)); }
+  // Selects a row by its caption, as a click on it does.
+  void pick(int section, int row) {
+    form->sheet().selectCapt(section, row, true);
+    nsoff::runUntilIdle();
+  }
+  static void retype(const char* text) {
+    nsoff::key('A', {.ctrl = true});
+    nsoff::type(text);
+    nsoff::runUntilIdle();
+    nsoff::key(kEnter);
+  }
+  bool removable() { return form->ruleTools().button(Form::kRemove)->enabled(); }
+
+  std::string dir;
+  std::unique_ptr<Form> form;
+  std::unique_ptr<cWindowHolder> holder;
+};
+
+TEST_F(MainForm, ADefinitionsNameAndExtensionAreStoredAsTheFileSystemTakesThem) {
+  open();
+  select("Child");
+  const struct {
+    const char *typed, *stored;
+  } cases[] = {{"a/b", "a"}, {"*?", "@~"}, {"x:y|z\\\"", "x_y_z-'"}, {"", "x_y_z-'"}};
+  for (const auto& c : cases) {
+    cScript edit({[&] { retype(c.typed); }, [] { nsoff::key(kEscape); }});
+    press(Form::kGeneral, Form::rExtension);
+    EXPECT_STREQ(sig("Child")->ext.c_str(), c.stored) << c.typed;
+    EXPECT_STREQ(form->sheet().value(Form::kGeneral, Form::rExtension), c.stored);
+  }
+  cScript rename({[] { retype("a/b"); }});
+  press(Form::kGeneral, Form::rName);
+  EXPECT_STREQ(sig("a/b")->name.c_str(), "a/b"); // names are kept as typed
+  EXPECT_EQ(item("a/b")->text, "a/b");
+  EXPECT_FALSE(form->saved());
+}
+
+TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
+  open();
+  std::vector<std::string> captions;
+  select("Box");
+  cScript always({[] {
+                    nsoff::key(kEnd); // "Always (active)"
+                    nsoff::key(kEnter);
+                  },
+                  [&] {
+                    captions.push_back(nsoff::topWindow().caption);
+                    nsoff::key(kEnter);
+                  }});
+  press(Form::kHitConditions, Form::rHitMode);
+  EXPECT_EQ(always.done(), 2u); // the error was shown
+  EXPECT_EQ(sig("Box")->hitMode, 0);
+  EXPECT_EQ(item("Box")->image, Form::tpContainer);
+  EXPECT_TRUE(form->saved());
+
+  select("Parent");
+  cScript passive({[] {
+    nsoff::key(cChildElement::kKeyUp); // from "Always" to "If no other hits"
+    nsoff::key(kEnter);
+  }});
+  press(Form::kHitConditions, Form::rHitMode);
+  EXPECT_EQ(sig("Parent")->hitMode, 1);
+  EXPECT_EQ(item("Parent")->image, Form::tpPassive);
+  EXPECT_STREQ(form->sheet().value(Form::kHitConditions, Form::rHitMode),
+               "If no other hits (passive)");
+  EXPECT_EQ(form->count(1), 1);
+  EXPECT_FALSE(form->saved());
+}
+
+TEST_F(MainForm, InheritedRowsAreGreyAndOnlyOwnRulesCanBeRemoved) {
+  open();
+  select("Child");
+  cPropSheetChild& sheet = form->sheet();
+  // Row 1 of each rule section is the parent's, row 2 the child's own.
+  for (const int section : {Form::kStartRules, Form::kEndRules}) {
+    ASSERT_TRUE(sheet.hasProp(section, 2)) << section;
+    EXPECT_EQ(sheet.actionButton(section, 1), nullptr);
+    pick(section, 1);
+    EXPECT_FALSE(removable()) << section;
+    pick(section, 2);
+    EXPECT_TRUE(removable()) << section;
+  }
+  // The selected own end rule goes after a yes; the set stays saved, as it always has.
+  cScript yes({[] { nsoff::key(kEnter); }});
+  clickOn(form->ruleTools().button(Form::kRemove));
+  EXPECT_EQ(sig("Child")->first_end(), nullptr);
+  EXPECT_FALSE(sheet.hasProp(Form::kEndRules, 2));
+  EXPECT_TRUE(form->saved());
+}
+
+TEST_F(MainForm, SavingNothingDoesNothingAndMergingIntoNothingStaysSaved) {
+  const size_t before = nsoff::windows().size();
+  clickOn(form->tools().button(Form::kSave));
+  nsoff::key('S', {.ctrl = true});
+  nsoff::runUntilIdle();
+  EXPECT_EQ(nsoff::windows().size(), before); // no dialog
+  const std::string path = rulesFile("merge.qrrs", kRules);
+  ASSERT_TRUE(form->loadFile(path.c_str(), true));
+  EXPECT_TRUE(form->saved());
+  EXPECT_EQ(form->count(2), 2);
+  ASSERT_TRUE(form->loadFile(path.c_str(), true));
+  EXPECT_FALSE(form->saved());
+  EXPECT_EQ(form->count(2), 4);
+  EXPECT_EQ(form->tree().count(), 1 + 6);
+}
+
+TEST_F(MainForm, ADamagedFileKeepsWhatCouldBeRead) {
+  const std::string path = rulesFile("whole.qrrs", kRules);
+  std::ifstream in(path, std::ios::binary);
+  std::string bytes{std::istreambuf_iterator<char>(in), {}};
+  const std::string cut = dir + "/cut.qrrs";
+  std::ofstream(cut, std::ios::binary) << bytes.substr(0, bytes.size() - 10);
+  std::vector<std::string> captions;
+  cScript error({[&] {
+    captions.push_back(nsoff::topWindow().caption);
+    nsoff::key(kEnter);
+  }});
+  ASSERT_TRUE(form->loadFile(cut.c_str(), false));
+  EXPECT_EQ(captions.size(), 1u);
+  EXPECT_NE(sig("Parent"), nullptr);
+  EXPECT_EQ(form->tree().count(), 1 + form->signatures().count()); // all of it shown
+  cScript missing({[] { nsoff::key(kEnter); }});
+  EXPECT_FALSE(form->loadFile((dir + "/none.qrrs").c_str(), false));
+  EXPECT_NE(sig("Parent"), nullptr); // a file that cannot be opened changes nothing
+}
+
+TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {
+  // New type on the root view, renamed, with a start rule and a size end rule.
+  clickOn(form->ruleTools().button(Form::kNewType));
+  cScanSignature* fresh = form->current();
+  ASSERT_NE(fresh, nullptr);
+  EXPECT_STREQ(fresh->name.c_str(), "Empty file type definition");
+  EXPECT_STREQ(fresh->ext.c_str(), "undefined");
+  cScript rename({[] { retype("Test type"); }});
+  press(Form::kGeneral, Form::rName);
+  cScript start({[] {
+    nsoff::type("'TEST' 00");
+    nsoff::runUntilIdle();
+    nsoff::key(kEnter);
+  }});
+  clickOn(form->ruleTools().button(Form::kNewStart));
+  cScript end({[] {
+                 nsoff::key(kDown); // the menu opens with nothing highlighted
+                 nsoff::key(kDown); // "Size defined at file start as"
+                 nsoff::key(kEnter);
+               },
+               [] { nsoff::key(kEnter); }}); // the field form's defaults
+  clickOn(form->ruleTools().button(Form::kNewEnd));
+  ASSERT_NE(fresh->first_str(), nullptr);
+  ASSERT_NE(fresh->getSizeEndRule(), nullptr);
+  EXPECT_EQ(fresh->getSizeEndRule()->fieldBytes(), 4);
+  EXPECT_TRUE(form->sheet().hasProp(Form::kStartRules, 1));
+  EXPECT_TRUE(form->sheet().hasProp(Form::kEndRules, 1));
+  const std::string before = textOf(form->signatures());
+
+  // Saved through the dialog under a new name, over nothing; then again over itself.
+  const std::string path = dir + "/saved.qrrs";
+  cScript save({[&] { retype(path.c_str()); }});
+  nsoff::key('S', {.ctrl = true});
+  nsoff::runUntilIdle();
+  EXPECT_EQ(save.done(), 1u);
+  EXPECT_TRUE(form->saved());
+  EXPECT_EQ(form->fileName(), path);
+  EXPECT_EQ(form->lastFolder(), dir);
+
+  Form reloaded;
+  cCustomSignaturesTree& tree = reloaded.signatures();
+  cFileIO file;
+  ASSERT_TRUE(file.open(path.c_str(), fmRead));
+  ASSERT_EQ(tree.load(&file), 0);
+  EXPECT_EQ(textOf(tree), before);
+  EXPECT_NE(before.find("definition \"Test type\" ext \"undefined\" mode never"), std::string::npos)
+      << before;
+}
+
+TEST_F(MainForm, ClosingWithUnsavedChangesAsksAndNoKeepsTheWindow) {
+  open();
+  select("Parent");
+  cScript ask({[] { nsoff::key(kEnter); }}); // yes to the delete question
+  nsoff::key(cChildElement::kKeyDelete);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(sig("Parent"), nullptr);
+  EXPECT_EQ(form->current(), nullptr); // the root view
+  EXPECT_FALSE(form->saved());
+  EXPECT_EQ(form->tree().count(), 1 + 1);
+
+  const NSWND window = nsoff::topWindow().handle;
+  cScript no({[] { nsoff::key(kEscape); }});
+  nsoff::closeRequest(window);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(no.done(), 1u);
+  EXPECT_EQ(nsoff::topWindow().handle, window);
+}
+
+} // namespace
