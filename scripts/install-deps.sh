@@ -7,7 +7,8 @@ set -euo pipefail
 build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcairo2-dev
        libpango1.0-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
-       clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript)
+       clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript
+       desktop-file-utils shared-mime-info libglib2.0-bin)
 # run.sh without a display: the editor under a private Xvfb, photographed.
 run=(xvfb x11-utils xdotool imagemagick)
 # The carvers that bench/carvers.py compares qvraci-rules with, and GNU time.

@@ -10,9 +10,9 @@
 // little-endian 32-bit ints, then a zlib stream of the 0xAARRGGBB pixels (straight alpha),
 // little-endian, bottom row first.
 //
-// PREVIEWS is a folder that receives what was drawn, for looking at it: about-banner.png,
-// ruled-icons.png (every icon at four times its size), and the program's desktop icon
-// qvraci-ruled.png (128 × 128).
+// PREVIEWS is a folder that receives what was drawn: about-banner.png and ruled-icons.png
+// (every icon at four times its size) for looking at them, and the program's desktop icon
+// in three sizes (qvraci-ruled-48.png, -128, -256) for installing.
 #include <zlib.h>
 
 #include <algorithm>
@@ -114,10 +114,17 @@ bool contactSheet(const std::string& path) {
   return cairo_surface_write_to_png(sheet.surface, path.c_str()) == CAIRO_STATUS_SUCCESS;
 }
 
-bool desktopIcon(const std::string& path) {
-  sCanvas icon(CAIRO_FORMAT_ARGB32, 128, 128);
-  mark(icon.cr, 4, 4, 120, false);
-  return cairo_surface_write_to_png(icon.surface, path.c_str()) == CAIRO_STATUS_SUCCESS;
+// The product's mark with a small margin, as desktop icons have.
+bool desktopIcons(const std::string& folder) {
+  for (const int side : {48, 128, 256}) {
+    sCanvas icon(CAIRO_FORMAT_ARGB32, side, side);
+    const double margin = side / 32.0;
+    mark(icon.cr, margin, margin, side - 2 * margin, false);
+    const std::string path = folder + "/qvraci-ruled-" + std::to_string(side) + ".png";
+    if (cairo_surface_write_to_png(icon.surface, path.c_str()) != CAIRO_STATUS_SUCCESS)
+      return false;
+  }
+  return true;
 }
 
 } // namespace
@@ -143,7 +150,7 @@ int main(int argc, char** argv) {
   ok = ok && out &&
        cairo_surface_write_to_png(banner.surface, (previews + "/about-banner.png").c_str()) ==
            CAIRO_STATUS_SUCCESS &&
-       contactSheet(previews + "/ruled-icons.png") && desktopIcon(previews + "/qvraci-ruled.png");
+       contactSheet(previews + "/ruled-icons.png") && desktopIcons(previews);
   if (!ok) std::fprintf(stderr, "ruledimg: cannot write the pictures\n");
   return ok ? 0 : 1;
 }
