@@ -79,11 +79,21 @@ void cCustomForm::paintSkin(cCanvas* canvas, int dx, int dy, int w, int h) {
   }
   const unsigned ground = theme.getColor(kFormColour);
   canvas->drawRect(&all, ground, ground);
-  if (const cPicture* header = theme.getPict(tiFormHeader); header && myTopMargin > 0)
-    canvas->drawBitmapResized(header, dx, dy, w, myTopMargin, cPicture::rmScaling);
-  if (const cPicture* footer = theme.getPict(tiFormFooter); footer && myBottomMargin > 0)
-    canvas->drawBitmapResized(footer, dx, dy + h - myBottomMargin, w, myBottomMargin,
-                              cPicture::rmScaling);
+  if (const cPicture* header = sized(myHeader, tiFormHeader, w, myTopMargin))
+    canvas->drawBitmap(dx, dy, header, w, myTopMargin);
+  if (const cPicture* footer = sized(myFooter, tiFormFooter, w, myBottomMargin))
+    canvas->drawBitmap(dx, dy + h - myBottomMargin, footer, w, myBottomMargin);
+}
+
+const cPicture* cCustomForm::sized(sScaled& cache, int element, int w, int h) {
+  // Every transparent child repaints its part of the skin: scale once per size and art.
+  const cPicture* art = cCITheme::theme().getPict(element);
+  if (!art || w <= 0 || h <= 0) return nullptr;
+  if (cache.art != art || cache.picture.width() != w || cache.picture.height() != h) {
+    cache.art = art;
+    if (!art->resizing(cPicture::rmScaling, w, h, &cache.picture)) cache.picture.destroy();
+  }
+  return cache.picture.empty() ? nullptr : &cache.picture;
 }
 
 void cCustomForm::onPaint(cCanvas* canvas) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "panel.h"
+#include "picture.h"
 
 class cCustomForm : public cChildElement {
 public:
@@ -38,9 +39,16 @@ public:
 private:
   void placePanel();
   void paintSkin(cCanvas* canvas, int dx, int dy, int w, int h);
+  // A theme element scaled to w × h, kept until the size or the theme's picture changes.
+  struct sScaled {
+    const cPicture* art = nullptr;
+    cPicture picture;
+  };
+  static const cPicture* sized(sScaled& cache, int element, int w, int h);
 
   int myTopMargin = 0, myBottomMargin = 0;
   unsigned myCustomColour = 0;
   bool myCustomDraw = false;
   cPanelChild myPanel;
+  sScaled myHeader, myFooter; // the skin's bands at the form's size
 };

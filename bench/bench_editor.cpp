@@ -1,0 +1,139 @@
+// The editor's main form in an offscreen window of 800 × 480: a rules file of 10,000
+// definitions (100 containers of 100, each with a start rule and two end rules; made
+// through the text form) opened and shown, first paint included (budget 1 s); another
+// definition selected and its view painted (20 ms); and the start with the starter
+// definitions (200 ms), measured in a forked process that makes its window maker, main
+// form and window, opens the file given at start and paints, as the program does.
+#include <benchmark/benchmark.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "base/files.h"
+#include "ciplatform/nswmaker.h"
+#include "nslib/nsoffscreen.h"
+#include "qvrasci-ruled/ui.h"
+#include "zorb/csigtext.h"
+
+namespace {
+
+constexpr int kWidth = 800, kHeight = 480;
+
+cNSWMaker& maker() {
+  static std::unique_ptr<cWindowMaker> made = [] {
+    setenv("QVRACI_PLATFORM", "offscreen", 1);
+    return cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+  }();
+  return static_cast<cNSWMaker&>(*made);
+}
+
+// The 10,000 definitions, written once as a rules file.
+const std::string& bigRules() {
+  static const std::string path = [] {
+    std::string text = "qvraci-rules text 1\n";
+    for (int c = 0; c < 100; ++c) {
+      text += "definition \"Container " + std::to_string(c) + "\" mode never {\n";
+      for (int d = 0; d < 100; ++d) {
+        const std::string n = std::to_string(c * 100 + d);
+        text += "  definition \"File type " + n + "\" ext \"t" + n + "\" {\n" +
+                "    start at 0: 'T' " + std::to_string(c % 10) + std::to_string(d % 10) +
+                " ?? 'HEAD'\n    end size at 8 width 4 increment 16\n" +
+                "    end after 4: 'TAIL'\n  }\n";
+      }
+      text += "}\n";
+    }
+    cCustomSignaturesTree tree;
+    sRulesTextError error;
+    if (!rulesFromText(text, tree, error)) std::abort();
+    const std::string out = "/tmp/qvraci-bench-" + std::to_string(::getpid()) + ".qrrs";
+    cFileIO file;
+    if (!file.create(out.c_str(), fmWrite) || tree.save(&file) != 0) std::abort();
+    return out;
+  }();
+  return path;
+}
+
+struct sEditor {
+  std::unique_ptr<cRuledMainForm> form = std::make_unique<cRuledMainForm>();
+  std::unique_ptr<cWindowHolder> window;
+  sEditor() {
+    window.reset(maker().asyncwnd("editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
+    nsoff::runUntilIdle();
+  }
+  ~sEditor() {
+    window.reset();
+    form.reset();
+    nsoff::runUntilIdle();
+  }
+};
+
+void BM_Open10000DefinitionsAndPaint(benchmark::State& state) {
+  const std::string& path = bigRules();
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto editor = std::make_unique<sEditor>();
+    state.ResumeTiming();
+    if (!editor->form->loadFile(path.c_str(), false)) state.SkipWithError("not loaded");
+    nsoff::runUntilIdle(); // the first paint
+    state.PauseTiming();
+    editor.reset();
+    state.ResumeTiming();
+  }
+}
+
+void BM_SelectAnotherDefinition(benchmark::State& state) {
+  sEditor editor;
+  editor.form->loadFile(bigRules().c_str(), false);
+  nsoff::runUntilIdle();
+  cTreeViewChild& tree = editor.form->tree();
+  // Every 37th definition of the first container's, in turn.
+  cTreeViewChild::cTreeViewItem* container = tree.getUnderItm(tree.root());
+  int step = 0;
+  for (auto _ : state) {
+    cTreeViewChild::cTreeViewItem* item = tree.getUnderItm(container);
+    for (int i = step % 100; i > 0 && item; --i) item = item->nextItem();
+    step += 37;
+    tree.select(item, true);
+    nsoff::runUntilIdle(); // the new view painted
+    if (!editor.form->current()) state.SkipWithError("no definition shown");
+  }
+}
+
+// Runs first, so that no window maker exists yet when the process forks.
+void BM_StartWithTheStarterDefinitions(benchmark::State& state) {
+  const std::string path = std::string(QVRACI_SOURCE_DIR) + "/examples/common.qrrs";
+  for (auto _ : state) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      setenv("QVRACI_PLATFORM", "offscreen", 1);
+      std::unique_ptr<cWindowMaker> made = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
+      auto form = std::make_unique<cRuledMainForm>();
+      form->openAtStart(path.c_str());
+      std::unique_ptr<cWindowHolder> window(static_cast<cNSWMaker&>(*made).asyncwnd(
+          "editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
+      nsoff::runUntilIdle(); // built, opened the file, painted
+      std::_Exit(form->tree().count() > 1 ? 0 : 1);
+    }
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0)
+      state.SkipWithError("the start failed");
+  }
+}
+
+} // namespace
+
+BENCHMARK(BM_StartWithTheStarterDefinitions)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Open10000DefinitionsAndPaint)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SelectAnotherDefinition)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  std::remove(bigRules().c_str());
+  return 0;
+}
