@@ -15,6 +15,7 @@ using P = cPropSheetChild;
 // Theme dimensions of the top tool bar: its place and height.
 constexpr int kToolsYDim = 3, kToolsXDim = 4, kToolsHeightDim = 6;
 constexpr int kTopMargin = 50, kToolMinWidth = 70, kRuleBarHeight = 24;
+constexpr int kStatusInset = 10, kStatusFromBottom = 28, kStatusHeight = 16, kUnsavedWidth = 200;
 
 struct sPictureRes {
   int id;
@@ -74,6 +75,14 @@ void cRuledMainForm::onConstruct() {
   myRight.anchor(&mySheet, 0, kRuleBarHeight, -1, -25);
   myRight.setDefaultBackgroundColor(theme.getColor(0));
   buildTools();
+  // The footer: the file's path on the left, whether it has unsaved changes on the right.
+  anchor(&myFile, kStatusInset, ~kStatusFromBottom, ~(kStatusInset + kUnsavedWidth), kStatusHeight);
+  anchor(&myUnsaved, ~(kUnsavedWidth + kStatusInset), ~kStatusFromBottom, kUnsavedWidth,
+         kStatusHeight);
+  myFile.setTransparent(true);
+  myUnsaved.setTransparent(true);
+  myUnsaved.setAlign(cCanvas::taRight);
+  setSaved(true);
 
   myTree.setImageLists(&myTreeImages, &myTreeImages, &myTreeImages);
   myTree.storeUnder(nullptr, new tItem(string(txDefinition), nullptr, tpRoot));
@@ -112,6 +121,13 @@ bool cRuledMainForm::mayDiscard() {
   return mySaved || cMessageForm::warnconfirmbox(this, string(txCloseQuestion), nullptr);
 }
 
+void cRuledMainForm::setSaved(bool saved) {
+  mySaved = saved;
+  myFile.setText(myFileName.empty() ? myFile.string(cStatusLine::txNoFile) : myFileName.c_str(), -1,
+                 true);
+  myUnsaved.setText(saved ? "" : myUnsaved.string(cStatusLine::txUnsaved), -1, true);
+}
+
 bool cRuledMainForm::onClose() {
   return mayDiscard();
 }
@@ -122,7 +138,7 @@ void cRuledMainForm::onTool(int id) {
     if (!mayDiscard()) return;
     mySignatures.destroy();
     myFileName.clear();
-    mySaved = true;
+    setSaved(true);
     recalcRules();
     redrawRules();
     return;

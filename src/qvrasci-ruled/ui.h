@@ -17,9 +17,17 @@
 #include "ciom/pictlist.h"
 #include "ciom/propsheet.h"
 #include "ciom/split.h"
+#include "ciom/static.h"
 #include "ciom/toolbar.h"
 #include "ciom/treeview.h"
 #include "zorb/customsig.h"
+
+// A text in the main window's footer, with the texts of "ruled::status".
+class cStatusLine : public cStaticChild {
+public:
+  enum eText { txNoFile = 0, txUnsaved = 1 };
+  const char* wantLangResource() override { return "ruled::status"; }
+};
 
 class cRuledMainForm : public cCustomForm {
 public:
@@ -116,7 +124,9 @@ private:
   void showRuleTools(std::initializer_list<int> ids);
   // True when the user may drop the set: it is saved, or they say yes.
   bool mayDiscard();
-  void changed() { mySaved = false; }
+  void changed() { setSaved(false); }
+  // The saved flag, and the footer that shows it beside the file's path.
+  void setSaved(bool saved);
   void clearSelection();
 
   // Signature view parts.
@@ -151,6 +161,7 @@ private:
   cPanelChild myRight;
   cToolBarChild myRuleTools{cButtonChild::lkFlat};
   cPropSheetChild mySheet;
+  cStatusLine myFile, myUnsaved;
 
   cCustomSignaturesTree mySignatures;
   bool mySaved = true;

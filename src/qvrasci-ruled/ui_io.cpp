@@ -66,8 +66,8 @@ bool cRuledMainForm::loadFile(const char* path, bool merge) {
   } else {
     result = mySignatures.load(&file);
   }
-  mySaved = merge ? wasEmpty : true;
   if (!merge) myFileName = path;
+  setSaved(merge ? wasEmpty : true);
   if (myLastFolder.empty()) myLastFolder = folderOf(path);
   recalcRules();
   redrawRules();
@@ -108,10 +108,8 @@ void cRuledMainForm::saveFile(const char* path) {
   file.close();
   written = written && cFileIO::move(part.c_str(), target.c_str());
   if (!written) cFileIO::remove(part.c_str());
+  if (written) myFileName = path;
   // The set counts as saved even when the write failed, as it always has.
-  mySaved = true;
-  if (written)
-    myFileName = path;
-  else
-    cMessageForm::errorbox(this, string(txCannotWrite), nullptr);
+  setSaved(true);
+  if (!written) cMessageForm::errorbox(this, string(txCannotWrite), nullptr);
 }

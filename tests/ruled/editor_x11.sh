@@ -2,9 +2,13 @@
 # The editor as a user starts it: without a display it says which display it tried and
 # ends with status 1, touching no configuration; on the X server it shows its window,
 # writes its configuration in the home folder, shows About, and closes with status 0 when
-# the window manager asks. Screenshots go to OUT. Exits 77 (skipped) without a display.
+# the window manager asks. Then a rules file is opened from the command line, a start rule
+# typed into a definition, and the set saved under a new name through the file dialog,
+# which qvraci-rules then shows; and a damaged file opens with an error, keeping what
+# could be read. Screenshots go to OUT. Exits 77 (skipped) without a display.
+#   editor_x11.sh EDITOR WMCLOSE OUT QVRACI_RULES RULES.qrrs
 set -euo pipefail
-editor=$1 wmclose=$2 out=$3
+editor=$1 wmclose=$2 out=$3 rules=$4 sample=$5
 [[ -n "${DISPLAY:-}" ]] || { echo "no X display: ./test.sh runs this under Xvfb"; exit 77; }
 export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0"
 
@@ -16,6 +20,30 @@ cleanup() {
   rm -rf "$home" "$log"
 }
 trap cleanup EXIT
+fail() { echo "$*"; cat "$log"; exit 1; }
+main='^Zorbex rules editor - version 2\.0 \(64 bit\)$'
+
+# The id of the visible window whose name matches, once it is there.
+window() { timeout 10 xdotool search --sync --onlyvisible --name "$1" | head -1; }
+# Waits until no visible window has that name.
+gone() {
+  for _ in $(seq 100); do
+    xdotool search --onlyvisible --name "$1" >/dev/null 2>&1 || return 0
+    sleep 0.1
+  done
+  fail "the window '$1' stayed"
+}
+# Clicks at x, y in the main window's client area.
+clickAt() { xdotool mousemove $((X + $1)) $((Y + $2)) click "${3:-1}"; }
+# Asks the window manager to close the window and waits for the editor's status.
+closeEditor() {
+  "$wmclose" "$1"
+  status=0
+  timeout 10 tail --pid="$pid" -f /dev/null
+  wait "$pid" || status=$?
+  pid=
+  [[ $status -eq 0 ]] || fail "closed with status $status"
+}
 
 # No display.
 status=0
@@ -27,21 +55,82 @@ HOME=$home DISPLAY=:9876 "$editor" 2>"$log" || status=$?
 # The window, its configuration, About and the close request.
 HOME=$home "$editor" >"$log" 2>&1 &
 pid=$!
-wid=$(timeout 10 xdotool search --sync --onlyvisible \
-  --name '^Zorbex rules editor - version 2\.0 \(64 bit\)$' | head -1)
-[[ -n "$wid" ]] || { echo "no window"; cat "$log"; exit 1; }
-[[ -s "$home/.qvraci-ruled/.qvraci-ruled.hbin" ]] || { echo "no configuration file"; exit 1; }
+wid=$(window "$main")
+[[ -n "$wid" ]] || fail "no window"
+[[ -s "$home/.qvraci-ruled/.qvraci-ruled.hbin" ]] || fail "no configuration file"
 sleep 0.3
 eval "$(xdotool getwindowgeometry --shell "$wid")"
-xdotool mousemove $((X + 25)) $((Y + 42)) click 1 # About, on the tool bar
+clickAt 336 27 # About, the fourth button of the tool bar
 sleep 0.5
 import -window root "$out/ruled-x11-about.png"
+# The popup's title band is blue where the main window's tool bar is not.
+band=$(convert "$out/ruled-x11-about.png" -crop "1x1+$((X + WIDTH / 2))+$((Y + HEIGHT / 2 - 120))" txt:- |
+  grep -o '#[0-9A-F]\{6\}' | head -1)
+[[ "$band" =~ ^#[0-4][0-9A-F][5-9A-F][0-9A-F][C-F][0-9A-F]$ ]] || fail "no About popup ($band)"
 xdotool key Escape
 sleep 0.3
-"$wmclose" "$wid"
-status=0
-timeout 10 tail --pid="$pid" -f /dev/null
-wait "$pid" || status=$?
-pid=
-[[ $status -eq 0 ]] || { echo "closed with status $status:"; cat "$log"; exit 1; }
+closeEditor "$wid"
+
+# A rules file from the command line; a start rule typed into a definition; saved under a
+# new name through the file dialog.
+work=$home/work
+mkdir -p "$work"
+cp "$sample" "$work/in.qrrs"
+HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
+pid=$!
+wid=$(window "$main")
+[[ -n "$wid" ]] || fail "no window for a rules file"
+sleep 0.5
+import -window root "$out/ruled-x11-main.png"
+# The tree has the focus: down to "Windows icon, one image", below its parent.
+xdotool key --delay 30 Down Down Down Down Down Down Down Down Down
+sleep 0.3
+import -window root "$out/ruled-x11-inherited.png"
+xdotool key Menu
+sleep 0.4
+import -window root "$out/ruled-x11-menu.png"
+xdotool key Escape
+# Up to "JPEG image"; its Start button opens the rule form.
+xdotool key --delay 30 Up Up Up Up Up Up Up
+sleep 0.3
+clickAt 487 61
+form=$(window '^Define advanced-hex signature$')
+[[ -n "$form" ]] || fail "no rule form"
+xdotool type --delay 20 "'QVTEST' 00"
+sleep 0.3
+import -window root "$out/ruled-x11-rule.png"
+xdotool key Return
+gone '^Define advanced-hex signature$'
+xdotool key ctrl+s
+dialog=$(window '^Save file$')
+[[ -n "$dialog" ]] || fail "no save dialog"
+sleep 0.3
+xdotool key ctrl+a
+xdotool type --delay 10 "$work/out.qrrs"
+xdotool key Return
+gone '^Save file$'
+[[ -s "$work/out.qrrs" ]] || fail "nothing saved"
+closeEditor "$wid" # saved: no question
+"$rules" show "$work/out.qrrs" | grep -A3 '^  JPEG image' | grep -q "start: Advanced/HEX: 'QVTEST' 00" ||
+  fail "the saved file lacks the new rule"
+
+# A damaged file: the error, then what could be read, saved again to prove it is there.
+head -c 3000 "$sample" >"$work/cut.qrrs"
+HOME=$home "$editor" "$work/cut.qrrs" >"$log" 2>&1 &
+pid=$!
+wid=$(window "$main")
+error=$(window '^Error$')
+[[ -n "$error" ]] || fail "no error for a damaged file"
+sleep 0.3
+import -window root "$out/ruled-x11-damaged.png"
+xdotool key Return
+gone '^Error$'
+xdotool key ctrl+s
+dialog=$(window '^Save file$')
+xdotool key ctrl+a
+xdotool type --delay 10 "$work/partial.qrrs"
+xdotool key Return
+gone '^Save file$'
+closeEditor "$wid"
+"$rules" show "$work/partial.qrrs" | grep -q '^  JPEG image' || fail "nothing of the damaged file kept"
 echo "screenshots in $out"

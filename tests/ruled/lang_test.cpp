@@ -16,11 +16,9 @@ std::string text(const char* section, int n) {
 
 TEST(RuledLang, SectionsAndQuotedTexts) {
   ASSERT_TRUE(cLibLang::applyLang(lngEnglish));
-  const std::pair<const char*, int> sections[] = {{"ruled::main", 70},
-                                                  {"ruled::about", 1},
-                                                  {"ruled::sig", 26},
-                                                  {"ruled::field", 18},
-                                                  {"ruled::txt", 4}};
+  const std::pair<const char*, int> sections[] = {{"ruled::main", 70},  {"ruled::status", 2},
+                                                  {"ruled::about", 1},  {"ruled::sig", 26},
+                                                  {"ruled::field", 18}, {"ruled::txt", 4}};
   for (const auto& [section, count] : sections) {
     ASSERT_NE(cLibLang::gCiomLang().section(section), nullptr) << section;
     EXPECT_EQ(cLibLang::gCiomLang().section(section)->count(), count) << section;
