@@ -156,7 +156,7 @@ void cRuledMainForm::editName() {
 void cRuledMainForm::editHitMode() {
   const int choice = propExtend(kHitConditions, rHitMode, {txNever, txIfNoOther, txAlways},
                                 myCurrent->hitMode + 1);
-  if (choice < 1) return;
+  if (choice < 1 || choice - 1 == myCurrent->hitMode) return;
   // A definition with nothing of its own to match cannot hit.
   if (choice > 1 && !myCurrent->hasStrRules()) {
     cMessageForm::errorbox(this, string(txNoRules), nullptr);
@@ -227,12 +227,12 @@ void cRuledMainForm::editContentType() {
     while (cScanSigRule* r = sig->first_typed_str(type)) sig->remove(r);
     while (cScanSigEndRule* r = sig->first_typed_end(type)) sig->remove(r);
   }
-  if (choice == 1 && !sig->first_typed_str(4)) {
-    sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
-    sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
-  } else if (choice == 2 && !sig->first_typed_str(5)) {
-    sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
-    sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
+  if (choice == 1) {
+    if (!sig->first_typed_str(4)) sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+    if (!sig->first_typed_end(4)) sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
+  } else if (choice == 2) {
+    if (!sig->first_typed_str(5)) sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
+    if (!sig->first_typed_end(5)) sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
   }
   showContentType(sig);
   changed();

@@ -93,6 +93,7 @@ void cRuledMainForm::showContentType(cScanSignature* sig) {
     text = txUnicodeText;
   // What an ancestor decides is shown, greyed, but changed only there.
   const bool own = text == txBinary || owner == sig;
+  mySheet.remove(kHitConditions, rContentType); // its kind may change
   mySheet.setProperty(kHitConditions, rContentType, string(txContentType), nullptr, string(text),
                       own ? P::ptReadonlyAction : P::ptReadonly);
   if (!own) mySheet.setPropertyColor(kHitConditions, rContentType, kInheritedColour);

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -159,6 +160,51 @@ TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
   EXPECT_STREQ(form->sheet().value(Form::kHitConditions, Form::rHitMode),
                "If no other hits (passive)");
   EXPECT_EQ(form->count(1), 1);
+  EXPECT_FALSE(form->saved());
+}
+
+TEST_F(MainForm, ContentTypeAndScopeChoicesChangeTheRulesAndTheRows) {
+  open();
+  select("Parent");
+  cScanSignature* parent = sig("Parent");
+  const int up = cChildElement::kKeyUp;
+  // Each drop-down opens on the current choice; the keys move from there.
+  const struct {
+    int row;
+    std::vector<int> keys;
+    const char* typed; // into the form that follows, if any
+    const char* shown; // row 1 or row 3 afterwards (null: no row 3)
+  } steps[] = {
+      {Form::rContentType, {up, up}, nullptr, "ASCII text"},
+      {Form::rContentType, {kDown}, nullptr, "Unicode text"},
+      {Form::rContentType, {kDown}, nullptr, "Binary (any content)"},
+      {Form::rScope, {kDown}, "", "double-word (32bit) at 0 (multiply by 1 and add 0)"},
+      {Form::rScope, {kDown}, "'MAGIC'", "advanced-hex: 'MAGIC'"},
+      {Form::rScope, {up, up}, nullptr, nullptr},
+  };
+  std::vector<std::pair<int, int>> types; // (content, end) text rule kinds after each step
+  for (const auto& step : steps) {
+    std::vector<std::function<void()>> script{[&] {
+      for (const int key : step.keys) nsoff::key(key);
+      nsoff::key(kEnter);
+    }};
+    if (step.typed) script.push_back([&] { retype(step.typed); });
+    cScript run(std::move(script));
+    press(Form::kHitConditions, step.row);
+    EXPECT_EQ(run.done(), step.typed ? 2u : 1u);
+    const int shownRow = step.row == Form::rContentType ? step.row : int{Form::rScopeDetail};
+    const char* shown = form->sheet().hasProp(Form::kHitConditions, shownRow)
+                            ? form->sheet().value(Form::kHitConditions, shownRow)
+                            : nullptr;
+    EXPECT_STREQ(shown, step.shown);
+    const int content = parent->first_typed_str(4) ? 4 : parent->first_typed_str(5) ? 5 : 0;
+    const int end = parent->first_typed_end(4) ? 4 : parent->first_typed_end(5) ? 5 : 0;
+    types.emplace_back(content, end);
+  }
+  EXPECT_EQ(types,
+            (std::vector<std::pair<int, int>>{{4, 4}, {5, 5}, {0, 0}, {0, 0}, {0, 0}, {0, 0}}));
+  EXPECT_EQ(parent->subset, nullptr);
+  EXPECT_NE(parent->getSizeEndRule(), nullptr); // the other rules stay
   EXPECT_FALSE(form->saved());
 }
 
