@@ -19,5 +19,5 @@ void setAppPath(const char* argv0);
 
 // The whole run; its result is the process's exit status: 1 without a display (one line
 // on stderr says which display was tried, and no configuration is touched), else the
-// main window's result when it closes.
+// main window's result when it closes. argv[1], when given, is a rules file to open.
 int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, char** argv);

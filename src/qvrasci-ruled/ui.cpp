@@ -15,7 +15,8 @@ using P = cPropSheetChild;
 // Theme dimensions of the top tool bar: its place and height.
 constexpr int kToolsYDim = 3, kToolsXDim = 4, kToolsHeightDim = 6;
 constexpr int kTopMargin = 50, kToolMinWidth = 70, kRuleBarHeight = 24;
-constexpr int kStatusInset = 10, kStatusFromBottom = 28, kStatusHeight = 16, kUnsavedWidth = 200;
+constexpr int kStatusInset = 10, kStatusHeight = 16, kUnsavedWidth = 200;
+constexpr int kFormColour = 0;
 
 struct sPictureRes {
   int id;
@@ -72,13 +73,14 @@ void cRuledMainForm::onConstruct() {
   mySplit.pane(0)->anchor(&myTree, 0, 0, -1, -1);
   mySplit.pane(1)->anchor(&myRight, 0, 0, -1, -1);
   myRight.anchor(&myRuleTools, 0, 0, -1, kRuleBarHeight);
-  myRight.anchor(&mySheet, 0, kRuleBarHeight, -1, -25);
-  myRight.setDefaultBackgroundColor(theme.getColor(0));
+  myRight.anchor(&mySheet, 0, kRuleBarHeight, -1, -25); // the rest below the rule bar
+  myRight.setDefaultBackgroundColor(theme.getColor(kFormColour));
   buildTools();
-  // The footer: the file's path on the left, whether it has unsaved changes on the right.
-  anchor(&myFile, kStatusInset, ~kStatusFromBottom, ~(kStatusInset + kUnsavedWidth), kStatusHeight);
-  anchor(&myUnsaved, ~(kUnsavedWidth + kStatusInset), ~kStatusFromBottom, kUnsavedWidth,
-         kStatusHeight);
+  // The footer band: the file's path on the left, whether it has unsaved changes on the
+  // right, centred in the band.
+  const int fromBottom = bottomMargin() - (bottomMargin() - kStatusHeight) / 2;
+  anchor(&myFile, kStatusInset, ~fromBottom, ~(kStatusInset + kUnsavedWidth), kStatusHeight);
+  anchor(&myUnsaved, ~(kUnsavedWidth + kStatusInset), ~fromBottom, kUnsavedWidth, kStatusHeight);
   myFile.setTransparent(true);
   myUnsaved.setTransparent(true);
   myUnsaved.setAlign(cCanvas::taRight);

@@ -22,29 +22,14 @@ constexpr int kFormColour = 0, kInkColour = 4; // theme colours
 std::string safeExtension(const char* text) {
   std::string ext = text;
   const size_t slash = ext.find('/');
+  constexpr std::pair<char, char> kSwaps[] = {{'"', '\''}, {'*', '@'}, {'/', '='}, {':', '_'},
+                                              {'|', '_'},  {'?', '~'}, {'\\', '-'}};
   for (char& c : ext) {
-    switch (c) {
-    case '"':
-      c = '\'';
-      break;
-    case '*':
-      c = '@';
-      break;
-    case '/':
-      c = '=';
-      break;
-    case ':':
-    case '|':
-      c = '_';
-      break;
-    case '?':
-      c = '~';
-      break;
-    case '\\':
-      c = '-';
-      break;
-    default:
-      break;
+    for (const auto& [from, to] : kSwaps) {
+      if (c == from) {
+        c = to;
+        break;
+      }
     }
   }
   if (slash != std::string::npos) ext.resize(slash);
