@@ -33,6 +33,34 @@ gone() {
   done
   fail "the window '$1' stayed"
 }
+# Waits until the window holds the keyboard focus, so that typing reaches it.
+focused() {
+  for _ in $(seq 100); do
+    [[ "$(xdotool getwindowfocus 2>/dev/null)" == "$1" ]] && { sleep 0.3; return 0; }
+    sleep 0.1
+  done
+  fail "the window $1 never took the focus"
+}
+# Waits until a file exists with content: a save ends after its dialog has gone.
+written() {
+  for _ in $(seq 100); do
+    [[ -s "$1" ]] && return 0
+    sleep 0.1
+  done
+  fail "nothing saved to $1"
+}
+# Saves the set under a new name through ctrl+S and the file dialog.
+saveAs() {
+  xdotool key ctrl+s
+  dialog=$(window '^Save file$')
+  [[ -n "$dialog" ]] || fail "no save dialog"
+  focused "$dialog"
+  xdotool key ctrl+a
+  xdotool type --delay 10 "$1"
+  xdotool key Return
+  gone '^Save file$'
+  written "$1"
+}
 # Clicks at x, y in the main window's client area.
 clickAt() { xdotool mousemove $((X + $1)) $((Y + $2)) click "${3:-1}"; }
 # Asks the window manager to close the window and waits for the editor's status.
@@ -96,22 +124,17 @@ sleep 0.3
 clickAt 487 61
 form=$(window '^Define advanced-hex signature$')
 [[ -n "$form" ]] || fail "no rule form"
+focused "$form"
 xdotool type --delay 20 "'QVTEST' 00"
 sleep 0.3
 import -window root "$out/ruled-x11-rule.png"
 xdotool key Return
 gone '^Define advanced-hex signature$'
-xdotool key ctrl+s
-dialog=$(window '^Save file$')
-[[ -n "$dialog" ]] || fail "no save dialog"
-sleep 0.3
-xdotool key ctrl+a
-xdotool type --delay 10 "$work/out.qrrs"
-xdotool key Return
-gone '^Save file$'
-[[ -s "$work/out.qrrs" ]] || fail "nothing saved"
+saveAs "$work/out.qrrs"
 closeEditor "$wid" # saved: no question
-"$rules" show "$work/out.qrrs" | grep -A3 '^  JPEG image' | grep -q "start: Advanced/HEX: 'QVTEST' 00" ||
+# Whole outputs first: grep -q ending early would fail the pipe.
+shown=$("$rules" show "$work/out.qrrs")
+grep -A3 '^  JPEG image' <<<"$shown" | grep -q "start: Advanced/HEX: 'QVTEST' 00" ||
   fail "the saved file lacks the new rule"
 
 # A damaged file: the error, then what could be read, saved again to prove it is there.
@@ -121,16 +144,12 @@ pid=$!
 wid=$(window "$main")
 error=$(window '^Error$')
 [[ -n "$error" ]] || fail "no error for a damaged file"
-sleep 0.3
+focused "$error"
 import -window root "$out/ruled-x11-damaged.png"
 xdotool key Return
 gone '^Error$'
-xdotool key ctrl+s
-dialog=$(window '^Save file$')
-xdotool key ctrl+a
-xdotool type --delay 10 "$work/partial.qrrs"
-xdotool key Return
-gone '^Save file$'
+saveAs "$work/partial.qrrs"
 closeEditor "$wid"
-"$rules" show "$work/partial.qrrs" | grep -q '^  JPEG image' || fail "nothing of the damaged file kept"
+shown=$("$rules" show "$work/partial.qrrs")
+grep -q '^  JPEG image' <<<"$shown" || fail "nothing of the damaged file kept"
 echo "screenshots in $out"

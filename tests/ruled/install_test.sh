@@ -27,6 +27,7 @@ for f in "$prefix/share/qvraci/common.qrrs" "$prefix/renamed.bin"; do
   type=$(gio info -a standard::content-type "$f" | sed -n 's/.*content-type: //p')
   [[ "$type" == application/x-qvraci-rules ]] || fail "$(basename "$f") is of type '$type'"
 done
-gio mime application/x-qvraci-rules | grep -q "Default application.*qvraci-ruled.desktop" ||
+apps=$(gio mime application/x-qvraci-rules)
+grep -q "Default application.*qvraci-ruled.desktop" <<<"$apps" ||
   fail "rules files do not open in the editor"
 echo "install_test: ok"
