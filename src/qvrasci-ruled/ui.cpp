@@ -148,7 +148,7 @@ void cRuledMainForm::onTool(int id) {
     if (mayDiscard()) loadSigs(false);
     return;
   case kSave:
-    if (mySignatures.first()) saveSigs();
+    saveSigs(); // nothing for an empty set
     return;
   case kAbout:
     cAboutPopupUI::runAbout(this);

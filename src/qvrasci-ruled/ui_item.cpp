@@ -219,8 +219,7 @@ void cRuledMainForm::contextMenu(cTreeViewChild::cTreeItemCtxAction* action) {
   case 30:
     return delSig(item);
   case 40:
-    if (mySignatures.first()) saveSigs();
-    return;
+    return saveSigs();
   default:
     return;
   }
