@@ -16,20 +16,13 @@
 #include "base/files.h"
 #include "ciplatform/nswmaker.h"
 #include "nslib/nsoffscreen.h"
+#include "offscreen.h"
 #include "qvrasci-ruled/ui.h"
 #include "zorb/csigtext.h"
 
 namespace {
 
 constexpr int kWidth = 800, kHeight = 480;
-
-cNSWMaker& maker() {
-  static std::unique_ptr<cWindowMaker> made = [] {
-    setenv("QVRACI_PLATFORM", "offscreen", 1);
-    return cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
-  }();
-  return static_cast<cNSWMaker&>(*made);
-}
 
 // The 10,000 definitions, written once as a rules file.
 const std::string& bigRules() {
@@ -61,7 +54,8 @@ struct sEditor {
   std::unique_ptr<cRuledMainForm> form = std::make_unique<cRuledMainForm>();
   std::unique_ptr<cWindowHolder> window;
   sEditor() {
-    window.reset(maker().asyncwnd("editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
+    window.reset(
+        offscreenMaker().asyncwnd("editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
     nsoff::runUntilIdle();
   }
   ~sEditor() {
@@ -109,12 +103,10 @@ void BM_StartWithTheStarterDefinitions(benchmark::State& state) {
   for (auto _ : state) {
     const pid_t child = ::fork();
     if (child == 0) {
-      setenv("QVRACI_PLATFORM", "offscreen", 1);
-      std::unique_ptr<cWindowMaker> made = cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
       auto form = std::make_unique<cRuledMainForm>();
       form->openAtStart(path.c_str());
-      std::unique_ptr<cWindowHolder> window(static_cast<cNSWMaker&>(*made).asyncwnd(
-          "editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
+      std::unique_ptr<cWindowHolder> window(
+          offscreenMaker().asyncwnd("editor", kWidth, kHeight, form.get(), nullptr, true, 0, 0));
       nsoff::runUntilIdle(); // built, opened the file, painted
       std::_Exit(form->tree().count() > 1 ? 0 : 1);
     }

@@ -17,18 +17,11 @@
 #include "ciom/treeview.h"
 #include "ciplatform/nswmaker.h"
 #include "nslib/nsoffscreen.h"
+#include "offscreen.h"
 
 namespace {
 
 constexpr int kWidth = 800, kHeight = 600;
-
-cNSWMaker& maker() {
-  static std::unique_ptr<cWindowMaker> made = [] {
-    setenv("QVRACI_PLATFORM", "offscreen", 1);
-    return cWindowMaker::newWindowMaker(nullptr, nullptr, 0, 0);
-  }();
-  return static_cast<cNSWMaker&>(*made);
-}
 
 class cTreeRoot : public cPanelChild {
 public:
@@ -62,7 +55,7 @@ void BM_TreeBuildAndPaint(benchmark::State& state) {
     state.PauseTiming();
     auto root = std::make_unique<cTreeRoot>();
     std::unique_ptr<cWindowHolder> window(
-        maker().asyncwnd("tree", kWidth, kHeight, root.get(), nullptr, true, 0, 0));
+        offscreenMaker().asyncwnd("tree", kWidth, kHeight, root.get(), nullptr, true, 0, 0));
     nsoff::runUntilIdle();
     state.ResumeTiming();
     fill(root->tree);
@@ -78,7 +71,7 @@ void BM_TreeBuildAndPaint(benchmark::State& state) {
 void BM_TreeScrollOneRow(benchmark::State& state) {
   cTreeRoot root;
   std::unique_ptr<cWindowHolder> window(
-      maker().asyncwnd("tree", kWidth, kHeight, &root, nullptr, true, 0, 0));
+      offscreenMaker().asyncwnd("tree", kWidth, kHeight, &root, nullptr, true, 0, 0));
   nsoff::runUntilIdle();
   fill(root.tree);
   nsoff::runUntilIdle();
@@ -107,7 +100,7 @@ void BM_PropSheetBuild200(benchmark::State& state) {
     state.PauseTiming();
     auto root = std::make_unique<cSheetRoot>();
     std::unique_ptr<cWindowHolder> window(
-        maker().asyncwnd("sheet", kWidth, kHeight, root.get(), nullptr, true, 0, 0));
+        offscreenMaker().asyncwnd("sheet", kWidth, kHeight, root.get(), nullptr, true, 0, 0));
     nsoff::runUntilIdle();
     state.ResumeTiming();
     cPropSheetChild& sheet = root->sheet;
@@ -155,7 +148,7 @@ void BM_FileDialogOpen10000(benchmark::State& state) {
   const std::string& dir = bigFolder();
   cCustomForm owner;
   std::unique_ptr<cWindowHolder> window(
-      maker().asyncwnd("owner", kWidth, kHeight, &owner, nullptr, true, 0, 0));
+      offscreenMaker().asyncwnd("owner", kWidth, kHeight, &owner, nullptr, true, 0, 0));
   nsoff::runUntilIdle();
   int rows = 0;
   for (auto _ : state) {

@@ -185,8 +185,7 @@ void cRuledMainForm::newSig(tItem* item) {
   myTree.storeUnder(item, added);
   recalcRules();
   changed();
-  myTree.select(added, true);
-  activate(sig);
+  myTree.select(added, true); // a new item: its selection is announced and shows it
 }
 
 void cRuledMainForm::delSig(tItem* item) {
