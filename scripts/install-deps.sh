@@ -4,11 +4,11 @@
 #   scripts/install-deps.sh --tables   also the table sources used by tools/gentables.py
 set -euo pipefail
 
-build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libcairo2-dev
+build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libxrandr-dev libxcursor-dev libcairo2-dev
        libpango1.0-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
        clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript
-       desktop-file-utils shared-mime-info libglib2.0-bin)
+       desktop-file-utils shared-mime-info libglib2.0-bin openbox x11-xserver-utils dmz-cursor-theme)
 # run.sh without a display: the editor under a private Xvfb, photographed.
 run=(xvfb x11-utils xdotool imagemagick)
 # The carvers that bench/carvers.py compares qvraci-rules with, and GNU time.

@@ -38,6 +38,35 @@ int32_t readInt32(const unsigned char* p) {
 
 } // namespace
 
+cPicture::cPicture(const cPicture& other)
+    : myWidth(other.myWidth), myHeight(other.myHeight), myPixels(other.myPixels),
+      myDetail(other.myDetail ? std::make_unique<cPicture>(*other.myDetail) : nullptr) {}
+
+cPicture& cPicture::operator=(const cPicture& other) {
+  if (this != &other) {
+    cPicture copy(other);
+    swap(copy);
+  }
+  return *this;
+}
+
+template <class F> void cPicture::deriveDetail(cPicture* out, F make) const {
+  if (!myDetail) return;
+  auto detail = std::make_unique<cPicture>();
+  if (make(*myDetail, *detail)) out->myDetail = std::move(detail);
+}
+
+bool cPicture::createDetail(const unsigned char* resource, unsigned size) {
+  myDetail.reset();
+  if (empty()) return false;
+  auto detail = std::make_unique<cPicture>();
+  if (!detail->create(resource, size) || detail->width() != kDetail * myWidth ||
+      detail->height() != kDetail * myHeight)
+    return false;
+  myDetail = std::move(detail);
+  return true;
+}
+
 bool cPicture::allocate(int w, int h) {
   destroy();
   if (w <= 0 || h <= 0 || w > kMaxSide || h > kMaxSide) return false;
@@ -109,6 +138,7 @@ bool cPicture::create_on(_typebuf<unsigned>& pixels, int w, int h) {
 }
 
 void cPicture::destroy() {
+  myDetail.reset();
   myPixels.clear();
   myWidth = myHeight = 0;
 }
@@ -117,9 +147,11 @@ void cPicture::swap(cPicture& other) noexcept {
   std::swap(myWidth, other.myWidth);
   std::swap(myHeight, other.myHeight);
   std::swap(myPixels, other.myPixels);
+  std::swap(myDetail, other.myDetail);
 }
 
 void cPicture::makesolid() {
+  if (myDetail) myDetail->makesolid();
   for (long long i = 0; i < myPixels.count(); ++i) raw()[i] |= 0xFF000000u;
 }
 
@@ -136,6 +168,11 @@ bool cPicture::blt(cPicture* dst, int x, int y, int w, int h, bool blendIt) cons
       to[col] = blendIt ? over(from[col], to[col]) : from[col];
     }
   }
+  if (myDetail && dst->myDetail)
+    myDetail->blt(dst->myDetail.get(), kDetail * x, kDetail * y, kDetail * std::min(w, myWidth),
+                  kDetail * std::min(h, myHeight), blendIt);
+  else
+    dst->myDetail.reset();
   return true;
 }
 
@@ -150,6 +187,9 @@ bool cPicture::stretch(int w, int h, cPicture* out) const {
     unsigned* to = out->raw() + static_cast<long long>(y) * w;
     for (int x = 0; x < w; ++x) to[x] = from[static_cast<long long>(x) * myWidth / w];
   }
+  deriveDetail(out, [w, h](const cPicture& d, cPicture& to) {
+    return d.stretch(kDetail * w, kDetail * h, &to);
+  });
   return true;
 }
 
@@ -192,6 +232,9 @@ bool cPicture::scaling(int w, int h, cPicture* out) const {
       out->raw()[static_cast<long long>(y) * w + x] = result;
     }
   }
+  deriveDetail(out, [w, h](const cPicture& d, cPicture& to) {
+    return d.scaling(kDetail * w, kDetail * h, &to);
+  });
   return true;
 }
 
@@ -208,6 +251,9 @@ bool cPicture::hStretch(int w, int edge, cPicture* out) const {
       to[x] = from[sx];
     }
   }
+  deriveDetail(out, [w, edge](const cPicture& d, cPicture& to) {
+    return d.hStretch(kDetail * w, kDetail * edge, &to);
+  });
   return true;
 }
 
@@ -224,10 +270,14 @@ bool cPicture::subPictTo(const sRect& rect, cPicture* out) const {
     const unsigned* from = raw() + static_cast<long long>(y) * myWidth + x0;
     std::copy(from, from + (x1 - x0), out->raw() + static_cast<long long>(y - y0) * (x1 - x0));
   }
+  const sRect inDetail = {kDetail * x0, kDetail * y0, kDetail * (x1 - x0), kDetail * (y1 - y0)};
+  deriveDetail(out,
+               [&inDetail](const cPicture& d, cPicture& to) { return d.subPictTo(inDetail, &to); });
   return true;
 }
 
 void cPicture::flip() {
+  if (myDetail) myDetail->flip();
   for (int y = 0; y < myHeight / 2; ++y) {
     std::swap_ranges(raw() + static_cast<long long>(y) * myWidth,
                      raw() + static_cast<long long>(y + 1) * myWidth,
@@ -239,6 +289,8 @@ void cPicture::flip_left() {
   if (empty()) return;
   cPicture turned;
   if (!turned.allocate(myHeight, myWidth)) return;
+  if (myDetail) myDetail->flip_left();
+  turned.myDetail = std::move(myDetail);
   // The top row becomes the left column, read from the bottom up.
   for (int y = 0; y < myHeight; ++y) {
     for (int x = 0; x < myWidth; ++x) {
@@ -252,6 +304,8 @@ void cPicture::flip_right() {
   if (empty()) return;
   cPicture turned;
   if (!turned.allocate(myHeight, myWidth)) return;
+  if (myDetail) myDetail->flip_right();
+  turned.myDetail = std::move(myDetail);
   // The top row becomes the right column, read from the top down.
   for (int y = 0; y < myHeight; ++y) {
     for (int x = 0; x < myWidth; ++x) {
@@ -268,7 +322,9 @@ bool cPicture::rotate(int degrees) {
     flip_right();
     break;
   case 2:
-    std::reverse(raw(), raw() + myPixels.count()); // a half turn reverses the pixel order
+    // A half turn reverses the pixel order.
+    std::reverse(raw(), raw() + myPixels.count());
+    if (myDetail) myDetail->rotate(180);
     break;
   case 3:
     flip_left();
@@ -284,6 +340,7 @@ bool cPicture::blend(int x, int y, const cPicture* src) {
 }
 
 void cPicture::mkDisabled() {
+  if (myDetail) myDetail->mkDisabled();
   for (long long i = 0; i < myPixels.count(); ++i) {
     const unsigned p = raw()[i];
     const double g = channel(p, 8) * 0.5714285714285714 +
@@ -295,6 +352,7 @@ void cPicture::mkDisabled() {
 }
 
 void cPicture::mkActive() {
+  if (myDetail) myDetail->mkActive();
   for (long long i = 0; i < myPixels.count(); ++i) {
     const unsigned p = raw()[i];
     unsigned out = p & 0xFF000000u;

@@ -6,6 +6,8 @@
 // memory, a resource that does not decode).
 #pragma once
 
+#include <memory>
+
 #include "base/buffers.h"
 #include "geometry.h"
 
@@ -17,7 +19,18 @@ public:
   };
   static constexpr int kMaxSide = 65536;
 
+  // A picture may carry its detail: the same artwork drawn for screens of kDetail times
+  // the density, kDetail × width by kDetail × height pixels. Canvases on such screens draw
+  // the detail in its place. Operations that change a picture change its detail alike;
+  // those that could not keep the two alike (creating, blt onto a picture without one)
+  // drop it.
+  static constexpr int kDetail = 2;
+
   cPicture() = default;
+  cPicture(const cPicture& other);
+  cPicture& operator=(const cPicture& other);
+  cPicture(cPicture&&) noexcept = default;
+  cPicture& operator=(cPicture&&) noexcept = default;
 
   bool create(int w, int h);                 // transparent black
   bool create(unsigned pixel, int w, int h); // every pixel the same 0xAARRGGBB value
@@ -30,6 +43,11 @@ public:
   bool create_on(_typebuf<unsigned>& pixels, int w, int h);
   void destroy();
   void swap(cPicture& other) noexcept;
+
+  // Decodes a resource as this picture's detail; false (keeping none) when it does not
+  // decode or does not measure exactly kDetail times this picture.
+  bool createDetail(const unsigned char* resource, unsigned size);
+  const cPicture* detail() const { return myDetail.get(); }
 
   unsigned* raw() { return myPixels.count() ? &myPixels[0] : nullptr; }
   const unsigned* raw() const { return myPixels.count() ? &myPixels[0] : nullptr; }
@@ -68,8 +86,12 @@ public:
 
 private:
   bool allocate(int w, int h);
+  // Gives out the detail that make() draws from this one's, when there is one and it
+  // succeeds.
+  template <class F> void deriveDetail(cPicture* out, F make) const;
 
   int myWidth = 0;
   int myHeight = 0;
   _typebuf<unsigned> myPixels;
+  std::unique_ptr<cPicture> myDetail;
 };

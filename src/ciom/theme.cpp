@@ -22,6 +22,7 @@ cCITheme::cCITheme(const cStaticCIThemeDef* def) {
     to.colour = from.colour;
     auto picture = std::make_unique<cPicture>();
     if (from.resource && picture->create(from.resource, from.size)) {
+      if (from.detail) picture->createDetail(from.detail, from.detailSize);
       to.width = picture->width();
       to.height = picture->height();
       to.picture = std::move(picture);

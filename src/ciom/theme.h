@@ -21,6 +21,8 @@ struct sStaticCIThemeImage {
   unsigned colour = 0;
   const unsigned char* resource = nullptr;
   unsigned size = 0;
+  const unsigned char* detail = nullptr; // the picture's detail (cPicture::createDetail)
+  unsigned detailSize = 0;
 };
 
 struct cStaticCIThemeDef {

@@ -107,6 +107,12 @@ cCairoCanvas::cCairoCanvas(cairo_surface_t* surface, sPoint origin, const sArea&
     myContext = nullptr;
     return;
   }
+  // At a fractional scale the edges of logical pixels fall inside device pixels: shapes
+  // snap to whole device pixels rather than blend, so that pieces drawn side by side meet
+  // without a seam. Text keeps its own antialiasing.
+  double scale = 1, unused = 1;
+  cairo_surface_get_device_scale(surface, &scale, &unused);
+  if (scale != static_cast<int>(scale)) cairo_set_antialias(myContext, CAIRO_ANTIALIAS_NONE);
   cairo_translate(myContext, origin.x, origin.y);
   select();
 }
@@ -228,8 +234,14 @@ bool cCairoCanvas::picture(int x, int y, const cPicture* picture, int w, int h, 
   w = std::min(w, picture->width());
   h = std::min(h, picture->height());
   if (w == 0 || h == 0) return false;
-  tCairoSurface pixels = surfaceOf(*picture, opaque);
+  // A denser screen takes the picture's detail, laid over the same logical area.
+  double scale = 1, unused = 1;
+  cairo_surface_get_device_scale(mySurface.get(), &scale, &unused);
+  const cPicture* art = scale > 1 && picture->detail() ? picture->detail() : picture;
+  tCairoSurface pixels = surfaceOf(*art, opaque);
   if (!pixels) return false;
+  if (art != picture)
+    cairo_surface_set_device_scale(pixels.get(), cPicture::kDetail, cPicture::kDetail);
   cairo_set_source_surface(myContext, pixels.get(), x, y);
   cairo_rectangle(myContext, x, y, w, h);
   cairo_fill(myContext);

@@ -133,10 +133,11 @@ void cNSWindow::asyncOnFocusLost() {
   nswnd_notify_action(myWnd);
 }
 
-bool cNSWindow::create_wnd(const char* caption, int w, int h, bool, int x, int y) {
+bool cNSWindow::create_wnd(const char* caption, int w, int h, bool sizeable, int x, int y) {
   close();
   myWnd = nswnd_create_wnd(caption, x, y, w, h, wndCallbackProc, this);
   if (!myWnd) return false;
+  if (!sizeable) nswnd_setresizable(myWnd, false);
   {
     cSafeCriticalSectionAccess hold(&myQueueLock);
     myQueue.push_front(std::make_unique<cInitItem>());

@@ -32,6 +32,23 @@ public:
 
   long long clock = 0; // the timers' clock, moved only by advanceClock
 
+  cOffscreenPlatform() { myScale = chosenScale(1); }
+  void setScale(double scale) {
+    myScale = scale;
+    for (sNSWnd* w : windows()) {
+      ensureSurface(w);
+      w->markAllDirty();
+    }
+  }
+  // A window's client area on the desktop in device pixels.
+  int deviceX(const sNSWnd* w) const { return nsDeviceFloor(w->x, myScale); }
+  int deviceY(const sNSWnd* w) const { return nsDeviceFloor(w->y, myScale); }
+  int deviceW(const sNSWnd* w) const { return nsDeviceCeil(w->w, myScale); }
+  int deviceH(const sNSWnd* w) const { return nsDeviceCeil(w->h, myScale); }
+  // A device point of the desktop in a window's logical pixels.
+  int localX(const sNSWnd* w, int x) const { return nsLogicalFloor(x - deviceX(w), myScale); }
+  int localY(const sNSWnd* w, int y) const { return nsLogicalFloor(y - deviceY(w), myScale); }
+
   bool offscreen() const override { return true; }
   long long clockMs() const override { return clock; }
   sNSWnd* makeWindow() override { return new sOffWnd; }
@@ -47,11 +64,15 @@ public:
   }
   void unmap(sNSWnd* wnd) override { std::erase(z, wnd); }
   void ensureSurface(sNSWnd* wnd) override {
-    if (wnd->surface && cairo_image_surface_get_width(wnd->surface) == wnd->w &&
-        cairo_image_surface_get_height(wnd->surface) == wnd->h)
+    const int w = deviceW(wnd), h = deviceH(wnd);
+    double scale = 0, unused = 0;
+    if (wnd->surface) cairo_surface_get_device_scale(wnd->surface, &scale, &unused);
+    if (wnd->surface && cairo_image_surface_get_width(wnd->surface) == w &&
+        cairo_image_surface_get_height(wnd->surface) == h && scale == myScale)
       return;
     if (wnd->surface) cairo_surface_destroy(wnd->surface);
-    wnd->surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, wnd->w, wnd->h);
+    wnd->surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+    cairo_surface_set_device_scale(wnd->surface, myScale, myScale);
   }
   void present(sNSWnd*, int, int, int, int) override {}
 
@@ -90,7 +111,7 @@ public:
   }
 
   bool desktopSize(int& w, int& h) override {
-    w = kDesktopWidth, h = kDesktopHeight;
+    w = nsLogicalFloor(kDesktopWidth, myScale), h = nsLogicalFloor(kDesktopHeight, myScale);
     return true;
   }
   bool workArea(int& x, int& y, int& w, int& h) override {
@@ -103,7 +124,9 @@ public:
   void minimize(sNSWnd*) override {}
   void maximize(sNSWnd* wnd) override {
     wnd->x = wnd->y = 0;
-    resized(wnd, kDesktopWidth, kDesktopHeight);
+    int w = 0, h = 0;
+    desktopSize(w, h);
+    resized(wnd, w, h);
   }
   bool setPointer(sNSWnd* wnd, int type) override {
     static_cast<sOffWnd*>(wnd)->pointer = type;
@@ -152,15 +175,17 @@ public:
   }
   bool clipHas(eNSClipKind kind) override { return myClip.count(kind) != 0; }
 
-  // The shown window at a desktop point, topmost first.
+  // The shown window at a device point of the desktop, topmost first.
   sNSWnd* at(int x, int y) const {
     for (auto it = z.rbegin(); it != z.rend(); ++it) {
       const sNSWnd* w = *it;
-      if (x >= w->x && y >= w->y && x < w->x + w->w && y < w->y + w->h) return *it;
+      if (x >= deviceX(w) && y >= deviceY(w) && x < deviceX(w) + deviceW(w) &&
+          y < deviceY(w) + deviceH(w))
+        return *it;
     }
     return nullptr;
   }
-  // Where a mouse event at a desktop point goes.
+  // Where a mouse event at a device point of the desktop goes.
   sNSWnd* mouseTarget(int x, int y) const {
     if (capture()) return capture();
     if (pressed && alive(pressed)) return pressed;
@@ -205,9 +230,10 @@ namespace nsoff {
 
 std::vector<sWindowInfo> windows() {
   std::vector<sWindowInfo> out;
-  for (sNSWnd* w : off().windows()) {
-    out.push_back({w, w->caption, w->x, w->y, w->w, w->h, w->popup, w->shown, w->inModal,
-                   w->takesInput, static_cast<sOffWnd*>(w)->pointer});
+  const cOffscreenPlatform& p = off();
+  for (sNSWnd* w : p.windows()) {
+    out.push_back({w, w->caption, p.deviceX(w), p.deviceY(w), p.deviceW(w), p.deviceH(w), w->popup,
+                   w->shown, w->inModal, w->takesInput, static_cast<sOffWnd*>(w)->pointer});
   }
   return out;
 }
@@ -248,8 +274,14 @@ bool writeDesktopPng(const char* path) {
   for (sNSWnd* w : p.z) {
     if (!w->surface) continue;
     cairo_surface_flush(w->surface);
-    cairo_set_source_surface(cr, w->surface, w->x, w->y);
+    // The window's pixels as they are, without its device scale.
+    cairo_surface_t* pixels = cairo_image_surface_create_for_data(
+        cairo_image_surface_get_data(w->surface), cairo_image_surface_get_format(w->surface),
+        cairo_image_surface_get_width(w->surface), cairo_image_surface_get_height(w->surface),
+        cairo_image_surface_get_stride(w->surface));
+    cairo_set_source_surface(cr, pixels, p.deviceX(w), p.deviceY(w));
     cairo_paint(cr);
+    cairo_surface_destroy(pixels);
   }
   cairo_destroy(cr);
   const bool ok = cairo_surface_write_to_png(desk, path) == CAIRO_STATUS_SUCCESS;
@@ -262,7 +294,7 @@ void move(int x, int y) {
     cOffscreenPlatform& p = off();
     sNSWnd* w = p.mouseTarget(x, y);
     if (!w) return;
-    sNSMouseMove e{x - w->x, y - w->y, (p.buttons & 1) != 0, (p.buttons & 2) != 0, {}};
+    sNSMouseMove e{p.localX(w, x), p.localY(w, y), (p.buttons & 1) != 0, (p.buttons & 2) != 0, {}};
     p.deliver(w, nseMouseMove, &e);
   });
 }
@@ -275,7 +307,7 @@ void button(int x, int y, int which, bool down, sNSModifiers mods) {
     p.buttons = down ? p.buttons | bit : p.buttons & ~bit;
     p.pressed = down ? w : p.buttons ? p.pressed : nullptr;
     if (!w) return;
-    sNSMouseButton e{which, x - w->x, y - w->y, down, mods};
+    sNSMouseButton e{which, p.localX(w, x), p.localY(w, y), down, mods};
     p.deliver(w, nseMouseButton, &e);
   });
 }
@@ -290,7 +322,7 @@ void wheel(int x, int y, int notches, sNSModifiers mods) {
     cOffscreenPlatform& p = off();
     sNSWnd* w = p.mouseTarget(x, y);
     if (!w) return;
-    sNSWheel e{x - w->x, y - w->y, 0, notches, 0, mods};
+    sNSWheel e{p.localX(w, x), p.localY(w, y), 0, notches, 0, mods};
     p.deliver(w, nseWheel, &e);
   });
 }
@@ -354,6 +386,14 @@ bool runUntil(const std::function<bool()>& done, int timeoutMs) {
 
 void setIdleHook(std::function<bool()> hook) {
   off().idleHook = std::move(hook);
+}
+
+void setScale(double scale) {
+  off().setScale(std::clamp(scale, 1.0, 4.0));
+}
+
+double scale() {
+  return off().scale();
 }
 
 std::string sleepBlockReason() {

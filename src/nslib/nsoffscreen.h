@@ -1,6 +1,7 @@
 // The test driver of the offscreen backend (QVRACI_PLATFORM=offscreen).
 //
-// Windows live in memory as Cairo image surfaces on a desktop of 1280 × 1024 pixels; a
+// Windows live in memory as Cairo image surfaces on a desktop of 1280 × 1024 device
+// pixels, drawn at the scale that QVRACI_SCALE or setScale asks for (1 by default); a
 // shown window takes the focus, popups and newer windows lie above older ones. Input is
 // queued here and delivered by the message loop in order, each event going where the X11
 // backend would send it: mouse events to the window under the point (or to the window
@@ -25,7 +26,7 @@ namespace nsoff {
 struct sWindowInfo {
   NSWND handle = nullptr;
   std::string caption;
-  int x = 0, y = 0, w = 0, h = 0; // client area on the desktop
+  int x = 0, y = 0, w = 0, h = 0; // client area on the desktop, in device pixels
   bool popup = false, shown = false, modal = false, takesInput = true;
   int pointer = 0;
 };
@@ -42,7 +43,12 @@ bool writePng(NSWND wnd, const char* path);
 // The whole desktop with every shown window in its stacking order.
 bool writeDesktopPng(const char* path);
 
-// Queued input, at desktop coordinates.
+// Device pixels per logical pixel, 1 to 4. Windows keep their logical size: a new scale
+// remakes their surfaces and repaints them.
+void setScale(double scale);
+double scale();
+
+// Queued input, at device coordinates of the desktop, as a user's pointer gives them.
 void move(int x, int y);
 void button(int x, int y, int button, bool down, sNSModifiers mods = {});
 void click(int x, int y, int button = 1, sNSModifiers mods = {});

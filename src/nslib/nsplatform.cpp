@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -13,6 +15,58 @@ std::unique_ptr<cNSPlatform>& slot() {
 }
 
 } // namespace
+
+namespace {
+
+// Products such as 200 × 1.1 land a hair off the whole number they mean.
+constexpr double kSlack = 1e-6;
+
+int clampInt(double v) {
+  return static_cast<int>(std::clamp(v, -1e9, 1e9));
+}
+
+} // namespace
+
+int nsDeviceCeil(double logical, double scale) {
+  return clampInt(std::ceil(logical * scale - kSlack));
+}
+
+int nsDeviceFloor(double logical, double scale) {
+  return clampInt(std::floor(logical * scale + kSlack));
+}
+
+int nsLogicalCeil(double device, double scale) {
+  return clampInt(std::ceil(device / scale - kSlack));
+}
+
+int nsLogicalFloor(double device, double scale) {
+  return clampInt(std::floor(device / scale + kSlack));
+}
+
+double nsParseScale(const char* text) {
+  if (!text || !*text) return 0;
+  char* end = nullptr;
+  const double v = std::strtod(text, &end);
+  return *end == 0 && v >= 1 && v <= 4 ? v : 0;
+}
+
+double nsScaleOfDpi(const char* text) {
+  if (!text) return 1;
+  char* end = nullptr;
+  const double dpi = std::strtod(text, &end);
+  if (end == text || !std::isfinite(dpi) || dpi <= 0) return 1;
+  return std::clamp(std::round(dpi / 96 * 4) / 4, 1.0, 4.0);
+}
+
+double cNSPlatform::chosenScale(double fallback) {
+  const char* asked = std::getenv("QVRACI_SCALE");
+  if (!asked) return fallback;
+  const double scale = nsParseScale(asked);
+  if (scale > 0) return scale;
+  std::fprintf(stderr, "qvraci: QVRACI_SCALE=\"%s\" is not a scale from 1 to 4; it is ignored\n",
+               asked);
+  return fallback;
+}
 
 sNSWnd::~sNSWnd() {
   if (surface) cairo_surface_destroy(surface);

@@ -18,7 +18,7 @@ struct sNSWnd {
 
   tNSWndCallback callback = nullptr;
   void* param = nullptr;
-  bool popup = false, takesInput = true;
+  bool popup = false, takesInput = true, resizable = true;
   bool shown = false;
   NSWND owner = nullptr;
   std::string caption;
@@ -30,7 +30,8 @@ struct sNSWnd {
   int dirtyX0 = 0, dirtyY0 = 0, dirtyX1 = 0, dirtyY1 = 0;
   // Set by nswnd_notify_action from any thread, under the registry's lock.
   bool wake = false;
-  // The back buffer the window paints into; the backend shows it.
+  // The back buffer the window paints into, in device pixels with the platform's scale as
+  // its device scale, so that painters draw in logical pixels; the backend shows it.
   cairo_surface_t* surface = nullptr;
 
   long send(int code, void* data) { return callback ? callback(code, data, param) : 0; }
@@ -38,11 +39,27 @@ struct sNSWnd {
   void markAllDirty() { markDirty(0, 0, w, h); }
 };
 
+// Logical and device pixels. Window geometry, input and painting stay in logical pixels
+// everywhere above the backends; a backend multiplies by its scale where it meets the
+// screen. Sizes and far edges round up, so that logical content always covers the device
+// area; points round down.
+int nsDeviceCeil(double logical, double scale);
+int nsDeviceFloor(double logical, double scale);
+int nsLogicalCeil(double device, double scale);
+int nsLogicalFloor(double device, double scale);
+// A scale from text ("1.5"): 1 to 4, else 0.
+double nsParseScale(const char* text);
+// The scale for a desktop font resolution (Xft.dpi): dpi / 96 to the nearest quarter, at
+// least 1 and at most 4; 1 for a value that is not a resolution.
+double nsScaleOfDpi(const char* text);
+
 class cNSPlatform {
 public:
   virtual ~cNSPlatform();
 
   static cNSPlatform* current();
+  // Device pixels per logical pixel.
+  double scale() const { return myScale; }
   // Installs the backend chosen by the environment; false (with a reason) when it fails.
   static bool open(std::string& error);
 
@@ -121,7 +138,11 @@ public:
 protected:
   // Called when a modal loop has nothing to do and nothing can come (offscreen only).
   virtual void stalled(sNSWnd* wnd) = 0;
+  // The scale that QVRACI_SCALE asks for, else fallback; a value that is not a scale is
+  // reported once on stderr and ignored.
+  static double chosenScale(double fallback);
   sNSWnd* myFocus = nullptr;
+  double myScale = 1;
 
 private:
   struct sTimer {

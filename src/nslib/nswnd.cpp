@@ -128,6 +128,14 @@ bool nswnd_setminsize(NSWND wnd, int w, int h) {
   return true;
 }
 
+bool nswnd_setresizable(NSWND wnd, bool resizable) {
+  cNSPlatform* p = owning(wnd);
+  if (!p) return false;
+  wnd->resizable = resizable;
+  p->sizeLimits(wnd);
+  return true;
+}
+
 bool nswnd_setmaxsize(NSWND wnd, int w, int h) {
   cNSPlatform* p = owning(wnd);
   if (!p) return false;

@@ -126,6 +126,8 @@ bool nswnd_move(NSWND wnd, int x, int y, int w, int h);
 // up-down, 8 and 9 closed hand; other values are refused.
 bool nswnd_setpointer(NSWND wnd, int type);
 bool nswnd_setminsize(NSWND wnd, int w, int h);
+// A window the user cannot resize: window managers then offer only moving and closing it.
+bool nswnd_setresizable(NSWND wnd, bool resizable);
 bool nswnd_setmaxsize(NSWND wnd, int w, int h);
 bool nswnd_getpossize(NSWND wnd, int& x, int& y, int& w, int& h);
 // The window's cairo_surface_t, for offscreen canvases made like it.

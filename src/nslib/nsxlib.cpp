@@ -2,11 +2,13 @@
 
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xresource.h>
 #include <X11/cursorfont.h>
 #include <X11/extensions/scrnsaver.h>
 #include <algorithm>
 #include <cairo-xlib.h>
 #include <clocale>
+#include <cmath>
 #include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -38,10 +40,33 @@ std::unique_ptr<cNSPlatform> makeXlibPlatform(std::string& error) {
   return std::make_unique<cXlibPlatform>(dpy);
 }
 
+namespace {
+
+// The desktop's scale: its font resolution (Xft.dpi in the resource database) over 96.
+double desktopScale(Display* dpy) {
+  const char* resources = XResourceManagerString(dpy);
+  if (!resources) return 1;
+  XrmInitialize();
+  XrmDatabase db = XrmGetStringDatabase(resources);
+  if (!db) return 1;
+  char* type = nullptr;
+  XrmValue value{};
+  double scale = 1;
+  if (XrmGetResource(db, "Xft.dpi", "Xft.Dpi", &type, &value) && value.addr) {
+    const std::string text(value.addr, value.size ? value.size - 1 : 0);
+    scale = nsScaleOfDpi(text.c_str());
+  }
+  XrmDestroyDatabase(db);
+  return scale;
+}
+
+} // namespace
+
 cXlibPlatform::cXlibPlatform(Display* dpy)
     : myDisplay(dpy), myScreen(DefaultScreen(dpy)), myRoot(RootWindow(dpy, myScreen)),
       myVisual(DefaultVisual(dpy, myScreen)), myDepth(DefaultDepth(dpy, myScreen)) {
   XSetErrorHandler(ignoreErrors);
+  myScale = chosenScale(desktopScale(dpy));
   myWakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
   Bool supported = False;
   XkbSetDetectableAutoRepeat(dpy, True, &supported);
@@ -67,6 +92,11 @@ Atom cXlibPlatform::atom(const char* name) {
   const Atom a = XInternAtom(myDisplay, name, False);
   myAtoms.emplace(name, a);
   return a;
+}
+
+void cXlibPlatform::toDevice(sXWnd* wnd) const {
+  wnd->devX = nsDeviceFloor(wnd->x, myScale), wnd->devY = nsDeviceFloor(wnd->y, myScale);
+  wnd->devW = device(wnd->w), wnd->devH = device(wnd->h);
 }
 
 sXWnd* cXlibPlatform::find(Window win) const {
@@ -105,23 +135,51 @@ void cXlibPlatform::setAtomProperty(Window win, const char* property,
                   reinterpret_cast<unsigned char*>(atoms.data()), static_cast<int>(atoms.size()));
 }
 
+void cXlibPlatform::setMotifHints(sXWnd* wnd) {
+  // _MOTIF_WM_HINTS: flags, functions, decorations, input mode, status.
+  constexpr long kFunctions = 1, kDecorations = 2;
+  constexpr long kFuncMove = 4, kFuncClose = 32;
+  constexpr long kDecorBorder = 2, kDecorTitle = 8, kDecorMenu = 16;
+  if (wnd->resizable) {
+    XDeleteProperty(myDisplay, wnd->win, atom("_MOTIF_WM_HINTS"));
+    return;
+  }
+  const long hints[5] = {kFunctions | kDecorations, kFuncMove | kFuncClose,
+                         kDecorBorder | kDecorTitle | kDecorMenu, 0, 0};
+  XChangeProperty(myDisplay, wnd->win, atom("_MOTIF_WM_HINTS"), atom("_MOTIF_WM_HINTS"), 32,
+                  PropModeReplace, reinterpret_cast<const unsigned char*>(hints), 5);
+}
+
 void cXlibPlatform::setHints(sXWnd* wnd) {
+  setMotifHints(wnd);
   XSizeHints* hints = XAllocSizeHints();
   if (!hints) return;
-  hints->flags = PPosition | USPosition | PResizeInc | PBaseSize | PWinGravity;
-  hints->x = wnd->x, hints->y = wnd->y;
-  hints->width_inc = hints->height_inc = 5;
-  // Increments count from the base: this keeps the first size reachable.
-  hints->base_width = wnd->w % 5, hints->base_height = wnd->h % 5;
+  hints->flags = PPosition | USPosition | PWinGravity;
+  hints->x = wnd->devX, hints->y = wnd->devY;
   hints->win_gravity = StaticGravity;
+  if (!wnd->resizable) {
+    // Window managers offer neither resizing nor maximising to a window whose least and
+    // greatest sizes are its size.
+    hints->flags |= PMinSize | PMaxSize;
+    hints->min_width = hints->max_width = wnd->devW;
+    hints->min_height = hints->max_height = wnd->devH;
+    XSetWMNormalHints(myDisplay, wnd->win, hints);
+    XFree(hints);
+    return;
+  }
+  hints->flags |= PResizeInc | PBaseSize;
+  const int step = std::max(1, static_cast<int>(std::lround(5 * myScale)));
+  hints->width_inc = hints->height_inc = step;
+  // Increments count from the base: this keeps the first size reachable.
+  hints->base_width = wnd->devW % step, hints->base_height = wnd->devH % step;
   if (wnd->minW || wnd->minH) {
     hints->flags |= PMinSize;
-    hints->min_width = wnd->minW, hints->min_height = wnd->minH;
+    hints->min_width = device(wnd->minW), hints->min_height = device(wnd->minH);
   }
   if (wnd->maxW || wnd->maxH) {
     hints->flags |= PMaxSize;
-    hints->max_width = wnd->maxW ? wnd->maxW : 32767;
-    hints->max_height = wnd->maxH ? wnd->maxH : 32767;
+    hints->max_width = wnd->maxW ? device(wnd->maxW) : 32767;
+    hints->max_height = wnd->maxH ? device(wnd->maxH) : 32767;
   }
   XSetWMNormalHints(myDisplay, wnd->win, hints);
   XFree(hints);
@@ -139,11 +197,12 @@ bool cXlibPlatform::realize(sNSWnd* base) {
     attrs.save_under = True;
     mask |= CWOverrideRedirect | CWSaveUnder;
   }
-  wnd->win =
-      XCreateWindow(myDisplay, myRoot, wnd->x, wnd->y, static_cast<unsigned>(wnd->w),
-                    static_cast<unsigned>(wnd->h), 0, myDepth, InputOutput, myVisual, mask, &attrs);
+  toDevice(wnd);
+  wnd->win = XCreateWindow(myDisplay, myRoot, wnd->devX, wnd->devY,
+                           static_cast<unsigned>(wnd->devW), static_cast<unsigned>(wnd->devH), 0,
+                           myDepth, InputOutput, myVisual, mask, &attrs);
   if (!wnd->win) return false;
-  wnd->winSurface = cairo_xlib_surface_create(myDisplay, wnd->win, myVisual, wnd->w, wnd->h);
+  wnd->winSurface = cairo_xlib_surface_create(myDisplay, wnd->win, myVisual, wnd->devW, wnd->devH);
 
   XClassHint klass{const_cast<char*>("qvraci-ruled"), const_cast<char*>("qvraci-ruled")};
   XSetClassHint(myDisplay, wnd->win, &klass);
@@ -175,6 +234,7 @@ bool cXlibPlatform::realize(sNSWnd* base) {
 void cXlibPlatform::unrealize(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
   if (wnd->ic) XDestroyIC(wnd->ic);
+  dropBackBuffer(wnd);
   if (wnd->winSurface) cairo_surface_destroy(wnd->winSurface);
   if (wnd->win) XDestroyWindow(myDisplay, wnd->win);
   XFlush(myDisplay);
@@ -195,21 +255,43 @@ void cXlibPlatform::unmap(sNSWnd* base) {
   XFlush(myDisplay);
 }
 
+void cXlibPlatform::dropBackBuffer(sXWnd* wnd) {
+  if (wnd->surface) cairo_surface_destroy(wnd->surface);
+  if (wnd->backPixels) cairo_surface_destroy(wnd->backPixels);
+  if (wnd->back) XFreePixmap(myDisplay, wnd->back);
+  wnd->surface = wnd->backPixels = nullptr;
+  wnd->back = 0;
+}
+
 void cXlibPlatform::ensureSurface(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
-  if (wnd->surface && cairo_xlib_surface_get_width(wnd->surface) == wnd->w &&
-      cairo_xlib_surface_get_height(wnd->surface) == wnd->h)
+  const int w = device(wnd->w), h = device(wnd->h);
+  if (wnd->back && cairo_xlib_surface_get_width(wnd->backPixels) == w &&
+      cairo_xlib_surface_get_height(wnd->backPixels) == h)
     return;
-  if (wnd->surface) cairo_surface_destroy(wnd->surface);
-  // A pixmap on the server like the window: painting stays there, and showing it is one copy.
-  wnd->surface = cairo_surface_create_similar(wnd->winSurface, CAIRO_CONTENT_COLOR, wnd->w, wnd->h);
+  dropBackBuffer(wnd);
+  // A pixmap on the server like the window: painting stays there, and showing it is one
+  // copy. Painters see it through a surface with the scale; showing goes through one
+  // without, pixel for pixel.
+  wnd->back = XCreatePixmap(myDisplay, wnd->win, static_cast<unsigned>(w), static_cast<unsigned>(h),
+                            static_cast<unsigned>(myDepth));
+  wnd->backPixels = cairo_xlib_surface_create(myDisplay, wnd->back, myVisual, w, h);
+  wnd->surface = cairo_xlib_surface_create(myDisplay, wnd->back, myVisual, w, h);
+  cairo_surface_set_device_scale(wnd->surface, myScale, myScale);
   wnd->painted = false;
 }
 
 void cXlibPlatform::present(sNSWnd* base, int x, int y, int w, int h) {
   auto* wnd = static_cast<sXWnd*>(base);
+  const int x0 = nsDeviceFloor(x, myScale), y0 = nsDeviceFloor(y, myScale);
+  const int x1 = nsDeviceCeil(x + w, myScale), y1 = nsDeviceCeil(y + h, myScale);
+  showPixels(wnd, x0, y0, x1 - x0, y1 - y0);
+}
+
+void cXlibPlatform::showPixels(sXWnd* wnd, int x, int y, int w, int h) {
+  if (!wnd->backPixels) return;
   cairo_t* cr = cairo_create(wnd->winSurface);
-  cairo_set_source_surface(cr, wnd->surface, 0, 0);
+  cairo_set_source_surface(cr, wnd->backPixels, 0, 0);
   cairo_rectangle(cr, x, y, w, h);
   cairo_fill(cr);
   cairo_destroy(cr);
@@ -292,10 +374,14 @@ void cXlibPlatform::handle(XEvent& ev) {
   switch (ev.type) {
   case Expose:
     // The back buffer still holds the picture: show it again without a repaint.
-    if (wnd->painted && wnd->surface)
-      present(wnd, ev.xexpose.x, ev.xexpose.y, ev.xexpose.width, ev.xexpose.height);
-    else
-      wnd->markDirty(ev.xexpose.x, ev.xexpose.y, ev.xexpose.width, ev.xexpose.height);
+    if (wnd->painted && wnd->surface) {
+      showPixels(wnd, ev.xexpose.x, ev.xexpose.y, ev.xexpose.width, ev.xexpose.height);
+    } else {
+      const int x0 = nsLogicalFloor(ev.xexpose.x, myScale);
+      const int y0 = nsLogicalFloor(ev.xexpose.y, myScale);
+      wnd->markDirty(x0, y0, nsLogicalCeil(ev.xexpose.x + ev.xexpose.width, myScale) - x0,
+                     nsLogicalCeil(ev.xexpose.y + ev.xexpose.height, myScale) - y0);
+    }
     break;
   case MapNotify:
     wnd->mapped = true;
@@ -307,10 +393,12 @@ void cXlibPlatform::handle(XEvent& ev) {
     break;
   case ConfigureNotify: {
     Window child = 0;
-    XTranslateCoordinates(myDisplay, wnd->win, myRoot, 0, 0, &wnd->x, &wnd->y, &child);
-    if (ev.xconfigure.width != wnd->w || ev.xconfigure.height != wnd->h) {
-      cairo_xlib_surface_set_size(wnd->winSurface, ev.xconfigure.width, ev.xconfigure.height);
-      resized(wnd, ev.xconfigure.width, ev.xconfigure.height);
+    XTranslateCoordinates(myDisplay, wnd->win, myRoot, 0, 0, &wnd->devX, &wnd->devY, &child);
+    wnd->x = nsLogicalFloor(wnd->devX, myScale), wnd->y = nsLogicalFloor(wnd->devY, myScale);
+    if (ev.xconfigure.width != wnd->devW || ev.xconfigure.height != wnd->devH) {
+      wnd->devW = ev.xconfigure.width, wnd->devH = ev.xconfigure.height;
+      cairo_xlib_surface_set_size(wnd->winSurface, wnd->devW, wnd->devH);
+      resized(wnd, nsLogicalCeil(wnd->devW, myScale), nsLogicalCeil(wnd->devH, myScale));
     }
     break;
   }
@@ -327,8 +415,9 @@ void cXlibPlatform::handle(XEvent& ev) {
     XEvent next;
     // Only the newest position of a run of moves matters.
     while (XCheckTypedWindowEvent(myDisplay, ev.xmotion.window, MotionNotify, &next)) ev = next;
-    sNSWnd* to = capture() ? capture() : wnd;
-    sNSMouseMove e{ev.xmotion.x_root - to->x, ev.xmotion.y_root - to->y,
+    auto* to = capture() ? static_cast<sXWnd*>(capture()) : wnd;
+    sNSMouseMove e{nsLogicalFloor(ev.xmotion.x_root - to->devX, myScale),
+                   nsLogicalFloor(ev.xmotion.y_root - to->devY, myScale),
                    (ev.xmotion.state & Button1Mask) != 0, (ev.xmotion.state & Button3Mask) != 0,
                    modifiers(ev.xmotion.state)};
     deliver(to, nseMouseMove, &e);
@@ -380,9 +469,10 @@ void cXlibPlatform::handleClientMessage(XClientMessageEvent& ev) {
 
 void cXlibPlatform::handleButton(XButtonEvent& ev, bool down) {
   sXWnd* wnd = find(ev.window);
-  sNSWnd* to = capture() ? capture() : wnd;
+  auto* to = capture() ? static_cast<sXWnd*>(capture()) : wnd;
   if (!to) return;
-  const int x = ev.x_root - to->x, y = ev.y_root - to->y;
+  const int x = nsLogicalFloor(ev.x_root - to->devX, myScale);
+  const int y = nsLogicalFloor(ev.y_root - to->devY, myScale);
   const sNSModifiers mods = modifiers(ev.state);
   if (ev.button >= 4 && ev.button <= 7) {
     if (!down) return;
@@ -493,7 +583,8 @@ void cXlibPlatform::focus(sNSWnd* base) {
 }
 
 bool cXlibPlatform::desktopSize(int& w, int& h) {
-  w = DisplayWidth(myDisplay, myScreen), h = DisplayHeight(myDisplay, myScreen);
+  w = nsLogicalFloor(DisplayWidth(myDisplay, myScreen), myScale);
+  h = nsLogicalFloor(DisplayHeight(myDisplay, myScreen), myScale);
   return w > 0 && h > 0;
 }
 
@@ -531,9 +622,10 @@ void cXlibPlatform::setCaption(sNSWnd* base) {
 
 void cXlibPlatform::moveResize(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
-  XMoveResizeWindow(myDisplay, wnd->win, wnd->x, wnd->y, static_cast<unsigned>(wnd->w),
-                    static_cast<unsigned>(wnd->h));
-  cairo_xlib_surface_set_size(wnd->winSurface, wnd->w, wnd->h);
+  toDevice(wnd);
+  XMoveResizeWindow(myDisplay, wnd->win, wnd->devX, wnd->devY, static_cast<unsigned>(wnd->devW),
+                    static_cast<unsigned>(wnd->devH));
+  cairo_xlib_surface_set_size(wnd->winSurface, wnd->devW, wnd->devH);
   if (!wnd->popup) setHints(wnd);
   XFlush(myDisplay);
 }
@@ -623,7 +715,8 @@ void cXlibPlatform::modalBegin(sNSWnd* base, sNSWnd* ownerBase) {
   setAtomProperty(wnd->win, "_NET_WM_STATE", {"_NET_WM_STATE_MODAL"});
   wnd->x = owner->x + (owner->w - wnd->w) / 2;
   wnd->y = owner->y + (owner->h - wnd->h) / 2;
-  XMoveWindow(myDisplay, wnd->win, wnd->x, wnd->y);
+  toDevice(wnd);
+  XMoveWindow(myDisplay, wnd->win, wnd->devX, wnd->devY);
   setHints(wnd);
 }
 

@@ -13,7 +13,12 @@
 struct sXWnd : sNSWnd {
   Window win = 0;
   XIC ic = nullptr;
+  // Device pixels: where the client area lies on the root window and its size.
+  int devX = 0, devY = 0, devW = 0, devH = 0;
   cairo_surface_t* winSurface = nullptr;
+  // The back buffer's pixmap, and a second surface on it without the scale, for showing it.
+  Pixmap back = 0;
+  cairo_surface_t* backPixels = nullptr;
   bool mapped = false, painted = false;
   bool wantFocus = false, wantGrab = false;
 };
@@ -71,12 +76,19 @@ private:
   };
 
   Atom atom(const char* name);
+  int device(double logical) const { return nsDeviceCeil(logical, myScale); }
+  // Sets the device geometry from the logical one.
+  void toDevice(sXWnd* wnd) const;
+  void dropBackBuffer(sXWnd* wnd);
   sXWnd* find(Window win) const;
   void handle(XEvent& ev);
   void handleKey(XKeyEvent& ev, bool down);
   void handleButton(XButtonEvent& ev, bool down);
   void handleClientMessage(XClientMessageEvent& ev);
   void setHints(sXWnd* wnd);
+  // What the window manager may offer: moving and closing only, for a fixed-size window.
+  void setMotifHints(sXWnd* wnd);
+  void showPixels(sXWnd* wnd, int x, int y, int w, int h);
   void setAtomProperty(Window win, const char* property, const std::vector<const char*>& values);
   void activate(sXWnd* wnd);
   bool hasWindowManager();

@@ -25,7 +25,7 @@ int cAboutPopupUI::runAbout(cChildElement* parent) {
 
 void cAboutPopupUI::onConstruct() {
   cChildElement::onConstruct();
-  if (myPicture.create(kAboutBanner, kAboutBannerSize)) myBanner.picture().refImage(&myPicture);
+  if (loadRuledPicture(kAboutBannerPicture, myPicture)) myBanner.picture().refImage(&myPicture);
   myBanner.setZone(kCloseZoneId, kCloseZone);
   attach(&myBanner, 0, 0, kWidth, kHeight);
 

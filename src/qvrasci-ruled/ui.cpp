@@ -20,14 +20,13 @@ constexpr int kFormColour = 0;
 
 struct sPictureRes {
   int id;
-  const unsigned char* data;
-  const unsigned& size;
+  const sRuledPicture& picture;
 };
 
 void fill(cPicturesList& list, std::initializer_list<sPictureRes> pictures) {
   for (const sPictureRes& p : pictures) {
     auto picture = std::make_unique<cPicture>();
-    if (picture->create(p.data, p.size)) list.storeImage(p.id, std::move(picture));
+    if (loadRuledPicture(p.picture, *picture)) list.storeImage(p.id, std::move(picture));
   }
 }
 
@@ -41,19 +40,18 @@ cPicturesList cRuledMainForm::myCtbImagesDsb;
 
 void cRuledMainForm::loadPictures() {
   if (myToolImages.count()) return;
-  fill(myToolImages, {{1, kToolNew, kToolNewSize},
-                      {2, kToolOpen, kToolOpenSize},
-                      {3, kToolSave, kToolSaveSize},
-                      {4, kToolAbout, kToolAboutSize}});
-  fill(myTreeImages, {{tpRoot, kTreeRoot, kTreeRootSize},
-                      {tpContainer, kTreeContainer, kTreeContainerSize},
-                      {tpPassive, kTreePassive, kTreePassiveSize},
-                      {tpActive, kTreeActive, kTreeActiveSize}});
-  fill(myCtbImages, {{1, kRuleType, kRuleTypeSize},
-                     {2, kRuleOk, kRuleOkSize},
-                     {3, kRuleCancel, kRuleCancelSize},
-                     {4, kRuleStart, kRuleStartSize},
-                     {5, kRuleEnd, kRuleEndSize}});
+  fill(
+      myToolImages,
+      {{1, kToolNewPicture}, {2, kToolOpenPicture}, {3, kToolSavePicture}, {4, kToolAboutPicture}});
+  fill(myTreeImages, {{tpRoot, kTreeRootPicture},
+                      {tpContainer, kTreeContainerPicture},
+                      {tpPassive, kTreePassivePicture},
+                      {tpActive, kTreeActivePicture}});
+  fill(myCtbImages, {{1, kRuleTypePicture},
+                     {2, kRuleOkPicture},
+                     {3, kRuleCancelPicture},
+                     {4, kRuleStartPicture},
+                     {5, kRuleEndPicture}});
   myCtbImages.mkActive(myCtbImagesAct);
   myCtbImages.mkDisabled(myCtbImagesDsb);
 }

@@ -1,6 +1,7 @@
 // Pictures, picture lists and the theme.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <vector>
 #include <zlib.h>
 
@@ -170,6 +171,57 @@ TEST(Picture, DisabledAndHighlightedLooks) {
   EXPECT_EQ(pixelsOf(*derived.image(3)), pixelsOf(active));
   EXPECT_EQ(derived.image(4), nullptr);
   EXPECT_EQ(pixelsOf(p), (std::vector<unsigned>(pixels, pixels + 4))); // sources untouched
+}
+
+TEST(Picture, TheDetailFollowsEveryChangeAndIsDroppedWhereItCannot) {
+  // A 3 × 2 picture whose detail is 6 × 4, numbered like the picture.
+  cPicture bottomUp = numbered(6, 4);
+  bottomUp.flip();
+  const std::vector<unsigned char> detail = resource(6, 4, pixelsOf(bottomUp));
+  cPicture p = numbered();
+  ASSERT_TRUE(p.createDetail(detail.data(), static_cast<unsigned>(detail.size())));
+  const std::vector<unsigned char> wrong = resource(5, 4, pixelsOf(numbered(5, 4)));
+  cPicture refused = numbered();
+  EXPECT_FALSE(refused.createDetail(wrong.data(), static_cast<unsigned>(wrong.size())));
+  EXPECT_EQ(refused.detail(), nullptr);
+
+  // Each derived picture has a detail of twice its own size.
+  struct sCase {
+    const char* what;
+    std::function<bool(const cPicture&, cPicture&)> make;
+  };
+  const sCase cases[] = {
+      {"copy", [](const cPicture& from, cPicture& to) { return (to = from, true); }},
+      {"cut",
+       [](const cPicture& from, cPicture& to) {
+         return from.subPictTo({1, 0, 2, 1}, &to);
+       }},
+      {"stretch", [](const cPicture& from, cPicture& to) { return from.stretch(5, 3, &to); }},
+      {"scale", [](const cPicture& from, cPicture& to) { return from.scaling(2, 1, &to); }},
+      {"hStretch", [](const cPicture& from, cPicture& to) { return from.hStretch(7, 1, &to); }},
+      {"turn", [](const cPicture& from, cPicture& to) { return (to = from, to.rotate(90)); }},
+      {"grey",
+       [](const cPicture& from, cPicture& to) { return (to = from, to.mkDisabled(), true); }},
+  };
+  for (const sCase& c : cases) {
+    cPicture out;
+    ASSERT_TRUE(c.make(p, out)) << c.what;
+    ASSERT_NE(out.detail(), nullptr) << c.what;
+    EXPECT_EQ(out.detail()->width(), 2 * out.width()) << c.what;
+    EXPECT_EQ(out.detail()->height(), 2 * out.height()) << c.what;
+  }
+  // The cut takes the matching part of the detail: columns 2 and 3, rows 0 and 1.
+  cPicture cut;
+  ASSERT_TRUE(p.subPictTo({1, 0, 1, 1}, &cut));
+  EXPECT_EQ(pixelsOf(*cut.detail()),
+            (std::vector<unsigned>{0xFF000002, 0xFF000003, 0xFF000012, 0xFF000013}));
+  // Laid over a picture without a detail, the detail would no longer match: none is kept.
+  cPicture target = numbered();
+  cPicture withDetail = p;
+  ASSERT_TRUE(target.blend(0, 0, &withDetail));
+  EXPECT_EQ(target.detail(), nullptr);
+  ASSERT_TRUE(withDetail.blend(0, 0, &target));
+  EXPECT_EQ(withDetail.detail(), nullptr);
 }
 
 TEST(Picture, ChildPictureOwnsOrRefers) {

@@ -135,28 +135,32 @@ sShape arc(double cx, double cy, double r, double a0, double a1, double t) {
 
 } // namespace shapes
 
-cRaster::cRaster(int w, int h)
-    : myWidth(w), myHeight(h), myPremultiplied(static_cast<size_t>(w) * h) {}
+cRaster::cRaster(int w, int h, int scale)
+    : myWidth(w * scale), myHeight(h * scale), myScale(scale),
+      myPremultiplied(static_cast<size_t>(myWidth) * myHeight) {}
 
 void cRaster::paint(const sShape& shape, const sPaint& paint) {
-  const int x0 = std::max(0, static_cast<int>(std::floor(shape.box.x0)));
-  const int y0 = std::max(0, static_cast<int>(std::floor(shape.box.y0)));
-  const int x1 = std::min(myWidth, static_cast<int>(std::ceil(shape.box.x1)));
-  const int y1 = std::min(myHeight, static_cast<int>(std::ceil(shape.box.y1)));
+  const sBox box = {shape.box.x0 * myScale, shape.box.y0 * myScale, shape.box.x1 * myScale,
+                    shape.box.y1 * myScale};
+  const int x0 = std::max(0, static_cast<int>(std::floor(box.x0)));
+  const int y0 = std::max(0, static_cast<int>(std::floor(box.y0)));
+  const int x1 = std::min(myWidth, static_cast<int>(std::ceil(box.x1)));
+  const int y1 = std::min(myHeight, static_cast<int>(std::ceil(box.y1)));
+  const double step = 1.0 / (kSamples * myScale);
   for (int y = y0; y < y1; ++y) {
     for (int x = x0; x < x1; ++x) {
       int hits = 0;
       for (int sy = 0; sy < kSamples; ++sy) {
         for (int sx = 0; sx < kSamples; ++sx) {
-          hits += shape.inside(x + (sx + 0.5) / kSamples, y + (sy + 0.5) / kSamples);
+          hits += shape.inside((x * kSamples + sx + 0.5) * step, (y * kSamples + sy + 0.5) * step);
         }
       }
       if (!hits) continue;
       sRgba colour = paint.from;
       if (paint.kind == sPaint::vertical)
-        colour = mix(paint.from, paint.to, gradientAt(y + 0.5, shape.box.y0, shape.box.y1));
+        colour = mix(paint.from, paint.to, gradientAt(y + 0.5, box.y0, box.y1));
       else if (paint.kind == sPaint::horizontal)
-        colour = mix(paint.from, paint.to, gradientAt(x + 0.5, shape.box.x0, shape.box.x1));
+        colour = mix(paint.from, paint.to, gradientAt(x + 0.5, box.x0, box.x1));
       const double alpha = colour.a * hits / (kSamples * kSamples);
       sRgba& to = myPremultiplied[static_cast<size_t>(y) * myWidth + x];
       const double keep = 1 - alpha;

@@ -51,9 +51,10 @@ sShape polyline(std::vector<sPointD> points, double t);
 sShape arc(double cx, double cy, double r, double a0, double a1, double t);
 } // namespace shapes
 
+// A raster of w × h units at `scale` pixels per unit: shapes are given in units.
 class cRaster {
 public:
-  cRaster(int w, int h);
+  cRaster(int w, int h, int scale = 1);
   int width() const { return myWidth; }
   int height() const { return myHeight; }
   void paint(const sShape& shape, const sPaint& paint);
@@ -61,6 +62,6 @@ public:
   std::vector<std::uint32_t> pixels() const;
 
 private:
-  int myWidth, myHeight;
+  int myWidth, myHeight, myScale; // in pixels
   std::vector<sRgba> myPremultiplied;
 };

@@ -241,11 +241,16 @@ void cThemeReader::read(const std::vector<sLine>& lines, std::vector<sThemeEleme
       }
       element.width = integer(w[3], 1, kMaxSide);
       element.height = integer(w[4], 1, kMaxSide);
-      cRaster raster(element.width, element.height);
-      const std::vector<std::string> none;
-      sContext context{raster, none};
-      run(body(lines, at), context, 0);
-      element.pixels = raster.pixels();
+      const auto commands = body(lines, at);
+      const auto draw = [&](int scale) {
+        cRaster raster(element.width, element.height, scale);
+        const std::vector<std::string> none;
+        sContext context{raster, none};
+        run(commands, context, 0);
+        return raster.pixels();
+      };
+      element.pixels = draw(1);
+      element.detail = draw(kThemeDetail);
       out.push_back(std::move(element));
     } else {
       fail("expected \"colour\", \"part\" or \"element\", not \"" + w[0] + "\"");

@@ -30,7 +30,11 @@ struct sThemeElement {
   std::string name;
   int width = 0, height = 0;
   std::vector<std::uint32_t> pixels; // 0xAARRGGBB, straight alpha, rows from the top
+  std::vector<std::uint32_t> detail; // the same drawn kThemeDetail times as dense
 };
+
+// How much denser the detail of every element is drawn, for high-resolution screens.
+constexpr int kThemeDetail = 2;
 
 // Reads a whole source. On failure returns false with "FILE:LINE: what is wrong" in
 // `error`.
