@@ -1,5 +1,7 @@
 #include "customform.h"
 
+#include <algorithm>
+
 #include "canvas.h"
 #include "ciom/themeimages.h"
 #include "theme.h"
@@ -11,9 +13,15 @@ constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
 
 } // namespace
 
+int cCustomForm::dropHeaderBand() {
+  const cCITheme& theme = cCITheme::theme();
+  myHeaderDropped = true;
+  return std::max(0, theme.getDimension(kTopMarginDim, 0) - theme.getDimension(kSideInsetDim, 0));
+}
+
 void cCustomForm::onConstruct() {
   const cCITheme& theme = cCITheme::theme();
-  myTopMargin = theme.getDimension(kTopMarginDim, 0);
+  myTopMargin = theme.getDimension(myHeaderDropped ? kSideInsetDim : kTopMarginDim, 0);
   myBottomMargin = theme.getDimension(kBottomMarginDim, 0);
   setDefaultBackgroundColor(theme.getColor(kFormColour));
   myPanel.setDefaultBackgroundColor(theme.getColor(kFormColour));

@@ -18,6 +18,10 @@ public:
   virtual bool onFormCancel() { return false; }
   virtual bool onFormAccept() { return false; }
 
+  // Before the window is built: the window manager draws this form's title bar, so the
+  // form's own header band would stand empty under it and shrinks to a thin edge. Returns
+  // the height the form gives up.
+  int dropHeaderBand();
   void setTopMargin(int margin);
   void setBottomMargin(int margin);
   int topMargin() const { return myTopMargin; }
@@ -49,6 +53,7 @@ private:
   int myTopMargin = 0, myBottomMargin = 0;
   unsigned myCustomColour = 0;
   bool myCustomDraw = false;
+  bool myHeaderDropped = false;
   cPanelChild myPanel;
   sScaled myHeader, myFooter; // the skin's bands at the form's size
 };

@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr int kHeadingColour = 61, kTextColour = 13;
+// The heading is bold in the text's ink: the theme's grey for it reads as disabled.
+constexpr int kTextColour = 13;
 constexpr int kButtonHeightDim = 7;
 constexpr int kHeadingExtra = 37; // the icon's room before the heading
 constexpr int kIconX = 5;
@@ -70,7 +71,7 @@ void cMessageForm::onConstruct() {
     e->setText(item.line.c_str(), item.line.length(), false);
     if (i == 0) {
       e->setFont(stdFontBold());
-      e->setTextColour(theme.getColor(kHeadingColour));
+      e->setTextColour(theme.getColor(kTextColour));
       panel->anchor(e, kHeadingX, (kIconHeight - h) / 2, ~kHeadingX, h);
     } else {
       e->setTextColour(theme.getColor(kTextColour));

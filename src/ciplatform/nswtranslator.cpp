@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "cairocanvas.h"
+#include "ciom/customform.h"
+#include "nslib/nswnd.h"
 
 cNSWTranslator::~cNSWTranslator() {
   // A root deleted before its window has nothing left to unbind.
@@ -278,6 +280,9 @@ int cNSWTranslator::_rt_modal(const char* caption, int w, int h, cChildElement* 
   auto translator = std::make_unique<cNSWTranslator>();
   translator->setRoot(root);
   translator->setLangMan(myLang);
+  // Under a window manager's title bar a dialog needs no header band of its own.
+  if (auto* form = dynamic_cast<cCustomForm*>(root); form && nswnd_framed())
+    h -= form->dropHeaderBand();
   root->setWinTarget(translator.get(), 0, 0, w, h);
   if (!translator->create_wnd(caption ? caption : "", w, h, sizeable, -1, -1)) {
     root->setWinTarget(nullptr, 0, 0, 0, 0);

@@ -97,6 +97,7 @@ public:
 
   // --- the backend's part ---
   virtual bool offscreen() const = 0;
+  virtual bool framed() { return false; }
   virtual sNSWnd* makeWindow() = 0;
   // Creates the platform window for a filled record (unshown); false when it cannot.
   virtual bool realize(sNSWnd* wnd) = 0;

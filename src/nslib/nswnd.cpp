@@ -35,6 +35,10 @@ bool nswnd_offscreen() {
   return platform() && platform()->offscreen();
 }
 
+bool nswnd_framed() {
+  return platform() && platform()->framed();
+}
+
 void nswnd_msgloop() {
   if (platform()) platform()->msgloop();
 }

@@ -96,6 +96,8 @@ bool nswnd_init();
 const char* nswnd_error();
 // True when the offscreen backend is in use.
 bool nswnd_offscreen();
+// True when a window manager runs and draws the title bars of top-level windows.
+bool nswnd_framed();
 // Dispatches events until no top-level window is shown any more.
 void nswnd_msgloop();
 bool nswnd_desktop_size(int& w, int& h);

@@ -33,6 +33,7 @@ public:
   ~cXlibPlatform() override;
 
   bool offscreen() const override { return false; }
+  bool framed() override { return hasWindowManager(); }
   sNSWnd* makeWindow() override { return new sXWnd; }
   bool realize(sNSWnd* wnd) override;
   void unrealize(sNSWnd* wnd) override;
