@@ -13,6 +13,8 @@
 namespace {
 
 constexpr int kWaitMs = 3000;
+// How long an exiting program waits for the clipboard manager to take the clipboard.
+constexpr int kHandOverMs = 1000;
 constexpr long kIncrGiveUpMs = 10000;
 constexpr char kProperty[] = "QVRACI_SELECTION";
 
@@ -148,8 +150,8 @@ namespace {
 // Waits for an event that `wanted` accepts, serving selection requests meanwhile and
 // setting other events aside; false after the time limit.
 bool waitFor(Display* dpy, const std::function<bool(const XEvent&)>& wanted,
-             const std::function<void(XEvent&)>& other, XEvent& got) {
-  const long end = nowMs() + kWaitMs;
+             const std::function<void(XEvent&)>& other, XEvent& got, long waitMs = kWaitMs) {
+  const long end = nowMs() + waitMs;
   XFlush(dpy);
   for (;;) {
     while (XPending(dpy)) {
@@ -188,6 +190,29 @@ bool cXlibPlatform::waitForSelection(XEvent& got) {
         return ev.type == SelectionNotify && ev.xselection.requestor == myClipWindow;
       },
       [this](XEvent& ev) { whileWaiting(ev); }, got);
+}
+
+void cXlibPlatform::handOverClipboard() {
+  // Desktops keep the clipboard of programs that exit in a clipboard manager: asked to
+  // SAVE_TARGETS, it reads what we offer (served while we wait) and owns it from then on.
+  if (myClipKind < 0 || XGetSelectionOwner(myDisplay, atom("CLIPBOARD")) != myClipWindow ||
+      XGetSelectionOwner(myDisplay, atom("CLIPBOARD_MANAGER")) == None)
+    return;
+  XConvertSelection(myDisplay, atom("CLIPBOARD_MANAGER"), atom("SAVE_TARGETS"),
+                    atom("QVRACI_SAVED"), myClipWindow, myLastTime);
+  XEvent got;
+  waitFor(
+      myDisplay,
+      [this](const XEvent& ev) {
+        return ev.type == SelectionNotify && ev.xselection.requestor == myClipWindow &&
+               ev.xselection.target == atom("SAVE_TARGETS");
+      },
+      [this](XEvent& ev) {
+        if (ev.type == SelectionRequest) answerSelection(ev.xselectionrequest);
+        if (ev.type == PropertyNotify && ev.xproperty.state == PropertyDelete)
+          continueIncr(ev.xproperty);
+      },
+      got, kHandOverMs);
 }
 
 bool cXlibPlatform::waitForProperty(Atom property) {

@@ -2,6 +2,7 @@
 
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xcursor/Xcursor.h>
 #include <X11/Xresource.h>
 #include <X11/cursorfont.h>
 #include <X11/extensions/scrnsaver.h>
@@ -9,6 +10,7 @@
 #include <cairo-xlib.h>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -78,6 +80,7 @@ cXlibPlatform::cXlibPlatform(Display* dpy)
 }
 
 cXlibPlatform::~cXlibPlatform() {
+  handOverClipboard();
   for (sNSWnd* w : windows()) destroy(w);
   for (auto& [type, cursor] : myCursors) XFreeCursor(myDisplay, cursor);
   if (myIM) XCloseIM(myIM);
@@ -667,20 +670,40 @@ void cXlibPlatform::maximize(sNSWnd* base) {
   XFlush(myDisplay);
 }
 
+Cursor cXlibPlatform::loadCursor(int type) {
+  // Each shape by its names in cursor themes (the CSS name first, then the older X one),
+  // and the X font cursor that stands in when no theme has it.
+  struct sShape {
+    const char* names[2];
+    unsigned font;
+  };
+  static const sShape shapes[] = {{{"default", "left_ptr"}, XC_left_ptr},
+                                  {{"text", "xterm"}, XC_xterm},
+                                  {{"crosshair", "cross"}, XC_crosshair},
+                                  {{"pointer", "hand2"}, XC_hand2},
+                                  {{"ew-resize", "sb_h_double_arrow"}, XC_sb_h_double_arrow},
+                                  {{"ns-resize", "sb_v_double_arrow"}, XC_sb_v_double_arrow},
+                                  {{"col-resize", "sb_h_double_arrow"}, XC_sb_h_double_arrow},
+                                  {{"row-resize", "sb_v_double_arrow"}, XC_sb_v_double_arrow},
+                                  {{"grabbing", "fleur"}, XC_fleur},
+                                  {{"grabbing", "fleur"}, XC_fleur}};
+  const sShape& shape = shapes[type];
+  if (!myCursorSized) {
+    myCursorSized = true;
+    // Libxcursor takes XCURSOR_THEME and XCURSOR_SIZE itself; a size the user set is in
+    // logical pixels, like everything else, and grows with the desktop's scale.
+    if (const int size = XcursorGetDefaultSize(myDisplay); size > 0 && std::getenv("XCURSOR_SIZE"))
+      XcursorSetDefaultSize(myDisplay, static_cast<int>(std::lround(size * myScale)));
+  }
+  for (const char* name : shape.names) {
+    if (const Cursor themed = XcursorLibraryLoadCursor(myDisplay, name)) return themed;
+  }
+  return XCreateFontCursor(myDisplay, shape.font);
+}
+
 bool cXlibPlatform::setPointer(sNSWnd* wnd, int type) {
-  static const unsigned shapes[] = {XC_left_ptr,
-                                    XC_xterm,
-                                    XC_crosshair,
-                                    XC_hand2,
-                                    XC_sb_h_double_arrow,
-                                    XC_sb_v_double_arrow,
-                                    XC_sb_h_double_arrow,
-                                    XC_sb_v_double_arrow,
-                                    XC_fleur,
-                                    XC_fleur};
   auto found = myCursors.find(type);
-  if (found == myCursors.end())
-    found = myCursors.emplace(type, XCreateFontCursor(myDisplay, shapes[type])).first;
+  if (found == myCursors.end()) found = myCursors.emplace(type, loadCursor(type)).first;
   XDefineCursor(myDisplay, static_cast<sXWnd*>(wnd)->win, found->second);
   XFlush(myDisplay);
   return true;

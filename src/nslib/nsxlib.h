@@ -94,6 +94,8 @@ private:
   void activate(sXWnd* wnd);
   bool hasWindowManager();
   sNSModifiers modifiers(unsigned state) const;
+  // The pointer shape from the user's cursor theme, else the X font cursor.
+  Cursor loadCursor(int type);
   // Clipboard.
   Time serverTime();
   void answerSelection(XSelectionRequestEvent& req);
@@ -101,6 +103,9 @@ private:
   bool convert(Atom selection, Atom target, std::vector<unsigned char>& out, Atom& type);
   bool readText(Atom selection, std::vector<unsigned char>& out);
   bool waitForSelection(XEvent& got);
+  // At exit: gives the clipboard's contents to the desktop's clipboard manager, waiting a
+  // moment at most.
+  void handOverClipboard();
   bool readIncr(Atom property, std::vector<unsigned char>& out);
   bool waitForProperty(Atom property);
   // An event that arrived while waiting for another client's clipboard data.
@@ -117,6 +122,7 @@ private:
   XIM myIM = nullptr;
   Time myLastTime = CurrentTime;
   std::map<int, Cursor> myCursors;
+  bool myCursorSized = false;
   std::map<std::string, Atom> myAtoms;
   std::deque<XEvent> myDeferred;
   int myWM = -1; // -1 unknown, 0 none, 1 present
