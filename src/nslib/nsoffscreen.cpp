@@ -114,7 +114,7 @@ public:
     w = nsLogicalFloor(kDesktopWidth, myScale), h = nsLogicalFloor(kDesktopHeight, myScale);
     return true;
   }
-  bool workArea(int& x, int& y, int& w, int& h) override {
+  bool workArea(const sNSPoint*, int& x, int& y, int& w, int& h) override {
     x = y = 0;
     return desktopSize(w, h);
   }

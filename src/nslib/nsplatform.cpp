@@ -137,7 +137,12 @@ NSWND cNSPlatform::create(const char* caption, int x, int y, int w, int h, bool 
   wnd->x = x, wnd->y = y;
   if (!popup && x == -1 && y == -1) {
     int ax = 0, ay = 0, aw = 0, ah = 0;
-    if (workArea(ax, ay, aw, ah)) wnd->x = ax + (aw - wnd->w) / 2, wnd->y = ay + (ah - wnd->h) / 2;
+    if (workArea(nullptr, ax, ay, aw, ah))
+      wnd->x = ax + (aw - wnd->w) / 2, wnd->y = ay + (ah - wnd->h) / 2;
+  } else if (popup) {
+    // A popup lies on the monitor where it opens, never across two.
+    const sNSPoint at{x, y};
+    fitOnMonitor(wnd.get(), &at);
   }
   if (!realize(wnd.get())) return nullptr;
   sNSWnd* made = wnd.release();
@@ -147,6 +152,13 @@ NSWND cNSPlatform::create(const char* caption, int x, int y, int w, int h, bool 
     myOrder.push_back(made);
   }
   return made;
+}
+
+void cNSPlatform::fitOnMonitor(sNSWnd* wnd, const sNSPoint* near) {
+  int ax = 0, ay = 0, aw = 0, ah = 0;
+  if (!workArea(near, ax, ay, aw, ah)) return;
+  wnd->x = std::max(ax, std::min(wnd->x, ax + aw - wnd->w));
+  wnd->y = std::max(ay, std::min(wnd->y, ay + ah - wnd->h));
 }
 
 void cNSPlatform::destroy(sNSWnd* wnd) {

@@ -13,6 +13,10 @@
 
 #include "nswnd.h"
 
+struct sNSPoint {
+  int x = 0, y = 0;
+};
+
 struct sNSWnd {
   virtual ~sNSWnd();
 
@@ -115,7 +119,11 @@ public:
   // Wakes waitEvents. Any thread.
   virtual void wakeUp() = 0;
   virtual bool desktopSize(int& w, int& h) = 0;
-  virtual bool workArea(int& x, int& y, int& w, int& h) = 0;
+  // The usable part of a monitor in logical pixels: the one holding near (a desktop
+  // point), or the primary one for null.
+  virtual bool workArea(const sNSPoint* near, int& x, int& y, int& w, int& h) = 0;
+  // Moves a window into the usable part of the monitor holding near, as far as it fits.
+  void fitOnMonitor(sNSWnd* wnd, const sNSPoint* near);
   virtual void setCaption(sNSWnd* wnd) = 0;
   virtual void moveResize(sNSWnd* wnd) = 0;
   virtual void sizeLimits(sNSWnd* wnd) = 0;

@@ -178,7 +178,7 @@ bool nswnd_invalidate_view(NSWND wnd, int x, int y, int w, int h) {
 
 bool nswnd_main_optimal(int& x, int& y, int& w, int& h) {
   int ax = 0, ay = 0, aw = 0, ah = 0;
-  if (!platform() || !platform()->workArea(ax, ay, aw, ah)) {
+  if (!platform() || !platform()->workArea(nullptr, ax, ay, aw, ah)) {
     w = h = 0;
     return false;
   }

@@ -5,6 +5,7 @@
 #include <X11/Xcursor/Xcursor.h>
 #include <X11/Xresource.h>
 #include <X11/cursorfont.h>
+#include <X11/extensions/Xrandr.h>
 #include <X11/extensions/scrnsaver.h>
 #include <algorithm>
 #include <cairo-xlib.h>
@@ -591,25 +592,53 @@ bool cXlibPlatform::desktopSize(int& w, int& h) {
   return w > 0 && h > 0;
 }
 
-bool cXlibPlatform::workArea(int& x, int& y, int& w, int& h) {
-  if (!desktopSize(w, h)) return false;
-  x = y = 0;
+bool cXlibPlatform::workArea(const sNSPoint* near, int& x, int& y, int& w, int& h) {
+  // In device pixels: the screen, then the monitor (the one holding near, else the
+  // primary, else the one holding the pointer), then what the panels leave of it.
+  sNSPoint pointer;
+  if (!near) {
+    Window root = 0, child = 0;
+    int wx = 0, wy = 0;
+    unsigned mask = 0;
+    XQueryPointer(myDisplay, myRoot, &root, &child, &pointer.x, &pointer.y, &wx, &wy, &mask);
+  }
+  int ax = 0, ay = 0;
+  int ax1 = DisplayWidth(myDisplay, myScreen), ay1 = DisplayHeight(myDisplay, myScreen);
+  int count = 0;
+  if (XRRMonitorInfo* monitors = XRRGetMonitors(myDisplay, myRoot, True, &count)) {
+    const XRRMonitorInfo* chosen = count > 0 ? &monitors[0] : nullptr;
+    const int px = near ? nsDeviceFloor(near->x, myScale) : pointer.x;
+    const int py = near ? nsDeviceFloor(near->y, myScale) : pointer.y;
+    for (int i = 0; i < count; ++i) {
+      const XRRMonitorInfo& m = monitors[i];
+      if (px >= m.x && py >= m.y && px < m.x + m.width && py < m.y + m.height) chosen = &m;
+    }
+    for (int i = 0; i < count && !near; ++i) {
+      if (monitors[i].primary) chosen = &monitors[i];
+    }
+    if (chosen && chosen->width > 0 && chosen->height > 0)
+      ax = chosen->x, ay = chosen->y, ax1 = ax + chosen->width, ay1 = ay + chosen->height;
+    XRRFreeMonitors(monitors);
+  }
   Atom type = 0;
   int format = 0;
-  unsigned long count = 0, after = 0;
+  unsigned long items = 0, after = 0;
   unsigned char* data = nullptr;
   if (XGetWindowProperty(myDisplay, myRoot, atom("_NET_WORKAREA"), 0, 4, False, XA_CARDINAL, &type,
-                         &format, &count, &after, &data) == Success &&
-      type == XA_CARDINAL && format == 32 && count == 4) {
+                         &format, &items, &after, &data) == Success &&
+      type == XA_CARDINAL && format == 32 && items == 4) {
+    // The work area spans every monitor: the part of it on this one.
     const long* area = reinterpret_cast<long*>(data);
-    // Kept inside the screen: the work area spans every monitor.
-    const int ax = static_cast<int>(area[0]), ay = static_cast<int>(area[1]);
-    const int ax1 = std::min(w, ax + static_cast<int>(area[2]));
-    const int ay1 = std::min(h, ay + static_cast<int>(area[3]));
-    if (ax1 > ax && ay1 > ay) x = ax, y = ay, w = ax1 - ax, h = ay1 - ay;
+    const int wx = static_cast<int>(area[0]), wy = static_cast<int>(area[1]);
+    const int wx1 = std::min(ax1, wx + static_cast<int>(area[2]));
+    const int wy1 = std::min(ay1, wy + static_cast<int>(area[3]));
+    if (wx1 > std::max(ax, wx) && wy1 > std::max(ay, wy))
+      ax = std::max(ax, wx), ay = std::max(ay, wy), ax1 = wx1, ay1 = wy1;
   }
   if (data) XFree(data);
-  return true;
+  x = nsLogicalCeil(ax, myScale), y = nsLogicalCeil(ay, myScale);
+  w = nsLogicalFloor(ax1, myScale) - x, h = nsLogicalFloor(ay1, myScale) - y;
+  return w > 0 && h > 0;
 }
 
 void cXlibPlatform::setCaption(sNSWnd* base) {
@@ -646,7 +675,8 @@ void cXlibPlatform::maximize(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
   if (!hasWindowManager()) {
     int x = 0, y = 0, w = 0, h = 0;
-    if (!workArea(x, y, w, h)) return;
+    const sNSPoint centre{wnd->x + wnd->w / 2, wnd->y + wnd->h / 2};
+    if (!workArea(&centre, x, y, w, h)) return;
     wnd->x = x, wnd->y = y;
     resized(wnd, w, h);
     moveResize(wnd);
@@ -738,6 +768,9 @@ void cXlibPlatform::modalBegin(sNSWnd* base, sNSWnd* ownerBase) {
   setAtomProperty(wnd->win, "_NET_WM_STATE", {"_NET_WM_STATE_MODAL"});
   wnd->x = owner->x + (owner->w - wnd->w) / 2;
   wnd->y = owner->y + (owner->h - wnd->h) / 2;
+  // Kept on the owner's monitor.
+  const sNSPoint centre{owner->x + owner->w / 2, owner->y + owner->h / 2};
+  fitOnMonitor(wnd, &centre);
   toDevice(wnd);
   XMoveWindow(myDisplay, wnd->win, wnd->devX, wnd->devY);
   setHints(wnd);

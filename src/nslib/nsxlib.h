@@ -45,7 +45,7 @@ public:
   bool waitEvents() override;
   void wakeUp() override;
   bool desktopSize(int& w, int& h) override;
-  bool workArea(int& x, int& y, int& w, int& h) override;
+  bool workArea(const sNSPoint* near, int& x, int& y, int& w, int& h) override;
   void setCaption(sNSWnd* wnd) override;
   void moveResize(sNSWnd* wnd) override;
   void sizeLimits(sNSWnd* wnd) override;

@@ -7,7 +7,7 @@
 #   desktop_x11.sh CIOMDEMO DESKHELPER OUT
 set -euo pipefail
 demo=$1 helper=$2 out=$3
-for tool in Xvfb openbox xrdb xprop xdotool xclip; do
+for tool in Xvfb openbox xrdb xrandr xprop xdotool xclip; do
   command -v "$tool" >/dev/null || { echo "$tool is missing: scripts/install-deps.sh"; exit 77; }
 done
 export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0"
@@ -84,6 +84,16 @@ for axis in "$(centre "$dx" "$dw") $(centre "$X" "$WIDTH")" "$(centre "$dy" "$dh
 done
 import -window root "$out/demo-x11-openbox.png"
 xdotool key Return
+finish
+
+# Two monitors side by side, the left one primary: the form opens centred on it.
+xrandr --setmonitor right 1280/340x1600/210+1280+0 none >/dev/null
+xrandr --setmonitor '*left' 1280/340x1600/210+0+0 screen >/dev/null
+start "Toolkit demonstration"
+geometry "$wid"
+middle=$(centre "$X" "$WIDTH")
+((middle > 600 && middle < 680)) || fail "the form is centred at $middle, not on the left monitor"
+xdotool key Escape
 finish
 
 # A clipboard manager keeps what the program copied after the program has gone.
