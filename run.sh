@@ -18,9 +18,12 @@ if [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1; then
 fi
 
 # No display: the editor runs under a private Xvfb long enough to photograph its window.
+# The screen is 1280 x 800 logical pixels: QVRACI_SCALE=2 photographs it at 2x.
 echo "run.sh: no X display; starting the editor under a private Xvfb" >&2
 display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
+screen=$(awk -v s="${QVRACI_SCALE:-1}" 'BEGIN { if (!(s >= 1 && s <= 4)) s = 1;
+  printf "%dx%d", 1280 * s, 800 * s }')
+Xvfb "$display" -screen 0 "${screen}x24" -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
 trap 'kill "$editorPid" "$xvfb" 2>/dev/null || true' EXIT
 for _ in $(seq 50); do DISPLAY=$display xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
