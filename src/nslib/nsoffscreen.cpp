@@ -392,10 +392,6 @@ void setScale(double scale) {
   off().setScale(std::clamp(scale, 1.0, 4.0));
 }
 
-double scale() {
-  return off().scale();
-}
-
 std::string sleepBlockReason() {
   return off().sleepBlocked ? off().sleepReason : std::string();
 }

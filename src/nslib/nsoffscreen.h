@@ -46,7 +46,6 @@ bool writeDesktopPng(const char* path);
 // Device pixels per logical pixel, 1 to 4. Windows keep their logical size: a new scale
 // remakes their surfaces and repaints them.
 void setScale(double scale);
-double scale();
 
 // Queued input, at device coordinates of the desktop, as a user's pointer gives them.
 void move(int x, int y);

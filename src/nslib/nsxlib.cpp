@@ -155,7 +155,6 @@ void cXlibPlatform::setMotifHints(sXWnd* wnd) {
 }
 
 void cXlibPlatform::setHints(sXWnd* wnd) {
-  setMotifHints(wnd);
   XSizeHints* hints = XAllocSizeHints();
   if (!hints) return;
   hints->flags = PPosition | USPosition | PWinGravity;
@@ -663,7 +662,10 @@ void cXlibPlatform::moveResize(sNSWnd* base) {
 }
 
 void cXlibPlatform::sizeLimits(sNSWnd* wnd) {
-  if (!wnd->popup) setHints(static_cast<sXWnd*>(wnd));
+  if (wnd->popup) return;
+  // Only here can a window stop (or start) being resizable.
+  setMotifHints(static_cast<sXWnd*>(wnd));
+  setHints(static_cast<sXWnd*>(wnd));
 }
 
 void cXlibPlatform::minimize(sNSWnd* wnd) {

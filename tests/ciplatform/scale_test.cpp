@@ -26,15 +26,15 @@ public:
   void onPaint(cCanvas* canvas) override {
     const sRect all{0, 0, width(), height()};
     canvas->drawRect(&all, kWhite, kWhite);
-    const unsigned border = cCITheme::theme().getColor(kBorderColour);
+    const unsigned ink = cCITheme::theme().getColor(kLineColour);
     const sRect line{10, 0, 1, height()};
-    canvas->drawRect(&line, border, border);
+    canvas->drawRect(&line, ink, ink);
     canvas->setTextMode(0, 24, "Tahoma", false, false, false);
     canvas->setTextColors(kInk, kWhite);
     canvas->drawText(100, 40, true, "Sharp", -1);
     if (art) canvas->drawBitmap(150, 5, art, -1, -1);
   }
-  static constexpr int kBorderColour = 4;
+  static constexpr int kLineColour = 4;
   const cPicture* art = nullptr;
 };
 
@@ -99,8 +99,8 @@ TEST_F(Scale, AWindowAtTwiceTheScaleHasTwiceTheDevicePixels) {
   EXPECT_EQ(root.probe.pressedAt, (sPoint{10, 10}));
 
   // The 1-pixel line at logical x = 10 covers device columns 20 and 21, and no others.
-  const unsigned border = cCITheme::theme().getColor(cScaleRoot::kBorderColour);
-  const unsigned rgb = (border & 0xFF) << 16 | (border & 0xFF00) | (border >> 16 & 0xFF);
+  const unsigned ink = cCITheme::theme().getColor(cScaleRoot::kLineColour);
+  const unsigned rgb = (ink & 0xFF) << 16 | (ink & 0xFF00) | (ink >> 16 & 0xFF);
   for (int x = 18; x < 24; ++x)
     EXPECT_EQ(pixel(s, x, 100) == rgb, x == 20 || x == 21) << "column " << x;
 
