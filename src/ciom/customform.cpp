@@ -9,11 +9,13 @@
 namespace {
 
 constexpr int kTopMarginDim = 0, kSideInsetDim = 1, kBottomMarginDim = 2, kFormColour = 0;
+constexpr int kTextColour = 13;
 constexpr int kButtonHeightDim = 7, kButtonsRightDim = 9;
 
 } // namespace
 
 int cCustomForm::dropHeaderBand() {
+  if (fillsHeaderBand()) return 0;
   const cCITheme& theme = cCITheme::theme();
   myHeaderDropped = true;
   return std::max(0, theme.getDimension(kTopMarginDim, 0) - theme.getDimension(kSideInsetDim, 0));
@@ -33,6 +35,11 @@ void cCustomForm::placePanel() {
   const int inset = cCITheme::theme().getDimension(kSideInsetDim, 0);
   // Inset from both sides, between the margins; the anchor keeps it so on every resize.
   anchor(&myPanel, inset, myTopMargin, ~(2 * inset), ~(myTopMargin + myBottomMargin));
+}
+
+void cCustomForm::setCaption(const char* text) {
+  myCaption = text ? text : "";
+  repaint();
 }
 
 void cCustomForm::setTopMargin(int margin) {
@@ -89,8 +96,21 @@ void cCustomForm::paintSkin(cCanvas* canvas, int dx, int dy, int w, int h) {
   canvas->drawRect(&all, ground, ground);
   if (const cPicture* header = sized(myHeader, tiFormHeader, w, myTopMargin))
     canvas->drawBitmap(dx, dy, header, w, myTopMargin);
+  if (!myCaption.empty() && !myHeaderDropped && !fillsHeaderBand()) paintCaption(canvas, dx, dy, w);
   if (const cPicture* footer = sized(myFooter, tiFormFooter, w, myBottomMargin))
     canvas->drawBitmap(dx, dy + h - myBottomMargin, footer, w, myBottomMargin);
+}
+
+void cCustomForm::paintCaption(cCanvas* canvas, int dx, int dy, int w) {
+  // Centred in the band above the panel, in the text's ink, cut with "..." when too long.
+  const cCITheme& theme = cCITheme::theme();
+  const int inset = theme.getDimension(kSideInsetDim, 0);
+  cFontObject* font = stdFontBold();
+  if (!font || !canvas->setTextMode(font)) return;
+  canvas->setTextColors(theme.getColor(kTextColour), theme.getColor(kFormColour));
+  canvas->drawTextLimited(dx, dy, w, myTopMargin, cCanvas::taCenter, true, inset, inset,
+                          myCaption.c_str(), static_cast<long long>(myCaption.size()), nullptr,
+                          false);
 }
 
 const cPicture* cCustomForm::sized(sScaled& cache, int element, int w, int h) {

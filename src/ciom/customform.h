@@ -3,6 +3,8 @@
 // cancel, and a hook that runs once the window is up.
 #pragma once
 
+#include <string>
+
 #include "panel.h"
 #include "picture.h"
 
@@ -20,8 +22,13 @@ public:
 
   // Before the window is built: the window manager draws this form's title bar, so the
   // form's own header band would stand empty under it and shrinks to a thin edge. Returns
-  // the height the form gives up.
+  // the height the form gives up (none when the form fills its band itself).
   int dropHeaderBand();
+  // Without a window manager nobody else shows the window's title: the band carries it.
+  void setCaption(const char* text);
+  const std::string& caption() const { return myCaption; }
+  // A form that puts its own elements into the header band keeps it and draws no caption.
+  virtual bool fillsHeaderBand() const { return false; }
   void setTopMargin(int margin);
   void setBottomMargin(int margin);
   int topMargin() const { return myTopMargin; }
@@ -43,6 +50,7 @@ public:
 private:
   void placePanel();
   void paintSkin(cCanvas* canvas, int dx, int dy, int w, int h);
+  void paintCaption(cCanvas* canvas, int dx, int dy, int w);
   // A theme element scaled to w × h, kept until the size or the theme's picture changes.
   struct sScaled {
     const cPicture* art = nullptr;
@@ -54,6 +62,7 @@ private:
   unsigned myCustomColour = 0;
   bool myCustomDraw = false;
   bool myHeaderDropped = false;
+  std::string myCaption;
   cPanelChild myPanel;
   sScaled myHeader, myFooter; // the skin's bands at the form's size
 };

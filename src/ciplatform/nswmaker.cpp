@@ -58,6 +58,7 @@ cWindowHolder* cNSWMaker::asyncwnd(const char* caption, int w, int h, cChildElem
   auto translator = std::make_unique<cNSWTranslator>();
   translator->setRoot(root);
   translator->setLangMan(myLang);
+  h -= translator->fitFormToFrame(caption);
   root->setWinTarget(translator.get(), x, y, w, h);
   if (!translator->create_wnd(caption ? caption : "", w, h, sizeable, x, y)) {
     root->setWinTarget(nullptr, 0, 0, 0, 0);

@@ -215,7 +215,17 @@ void cNSWTranslator::_rt_unblocksleep() {
 }
 
 bool cNSWTranslator::_rt_setcaption(const char* text) {
+  if (auto* form = dynamic_cast<cCustomForm*>(myRoot); form && !nswnd_framed())
+    form->setCaption(text);
   return setCaption(text);
+}
+
+int cNSWTranslator::fitFormToFrame(const char* caption) {
+  auto* form = dynamic_cast<cCustomForm*>(myRoot);
+  if (!form) return 0;
+  if (nswnd_framed()) return form->dropHeaderBand();
+  form->setCaption(caption);
+  return 0;
 }
 
 const cCiomLangData* cNSWTranslator::_rt_getnamedlangsection(const char* name) {
@@ -280,9 +290,7 @@ int cNSWTranslator::_rt_modal(const char* caption, int w, int h, cChildElement* 
   auto translator = std::make_unique<cNSWTranslator>();
   translator->setRoot(root);
   translator->setLangMan(myLang);
-  // Under a window manager's title bar a dialog needs no header band of its own.
-  if (auto* form = dynamic_cast<cCustomForm*>(root); form && nswnd_framed())
-    h -= form->dropHeaderBand();
+  h -= translator->fitFormToFrame(caption);
   root->setWinTarget(translator.get(), 0, 0, w, h);
   if (!translator->create_wnd(caption ? caption : "", w, h, sizeable, -1, -1)) {
     root->setWinTarget(nullptr, 0, 0, 0, 0);

@@ -15,6 +15,9 @@ public:
   ~cNSWTranslator() override;
 
   void setRoot(cChildElement* root) { myRoot = root; }
+  // Before the window is built around a form: under a window manager its header band goes
+  // (returns the height given up), without one the band carries the caption.
+  int fitFormToFrame(const char* caption);
   cChildElement* root() const { return myRoot; }
   void setLangMan(const cCiomLang* lang) { myLang = lang; }
   const cCiomLang* langMan() const { return myLang; }

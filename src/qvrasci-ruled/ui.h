@@ -55,6 +55,9 @@ public:
 
   cRuledMainForm() = default;
 
+  // The tool bar lives in the header band, with or without a window manager's title bar.
+  bool fillsHeaderBand() const override { return true; }
+
   // --- the parts, for those who drive the form
   cToolBarChild& tools() { return myTools; }
   cToolBarChild& ruleTools() { return myRuleTools; }

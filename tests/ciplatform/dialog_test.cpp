@@ -180,11 +180,12 @@ TEST_F(Dialogs, TheBoxIsLaidOutByTheRule) {
   EXPECT_GE(ok.width, 75);
 }
 
-TEST_F(Dialogs, TheIconAndHeadingAreDrawn) {
+// Without a window manager the header band carries the caption.
+TEST_F(Dialogs, TheIconHeadingAndCaptionAreDrawn) {
   cMessageForm form("Error heading", cMessageForm::ikError, cMessageForm::bsOk);
   ASSERT_TRUE(form.measure(owner.get()));
   const unsigned ground = cCITheme::theme().getColor(0);
-  int iconInk = 0, headingInk = 0;
+  int iconInk = 0, headingInk = 0, captionInk = 0;
   cScript s({[&] {
                cairo_surface_t* surface = nsoff::surface(nsoff::topWindow().handle);
                cairo_surface_flush(surface);
@@ -200,11 +201,14 @@ TEST_F(Dialogs, TheIconAndHeadingAreDrawn) {
                  for (int x = 10; x < 43; ++x) iconInk += at(x, y) != rgb;
                  for (int x = 47; x < 100; ++x) headingInk += at(x, y) != rgb;
                }
+               for (int y = 0; y < 28; ++y)
+                 for (int x = 0; x < 200; ++x) captionInk += (at(x, y) & 0x808080) == 0;
              },
              [] { nsoff::key(kEscape); }});
   form.modal("drawn", 200, 134, owner.get(), false);
   EXPECT_GT(iconInk, 200);
   EXPECT_GT(headingInk, 30);
+  EXPECT_GT(captionInk, 20);
 }
 
 // --- popup lists ------------------------------------------------------------------------
