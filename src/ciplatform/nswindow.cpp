@@ -111,6 +111,9 @@ long cNSWindow::wndProc(int code, void* data) {
     onSize(e.w, e.h);
     break;
   }
+  case nseMove:
+    onMove();
+    break;
   case nseFocus:
     asyncOnFocus();
     break;

@@ -57,6 +57,7 @@ public:
   virtual void onInit() {}
   virtual bool onClose() { return true; } // true allows closing
   virtual void onSize(int, int) {}
+  virtual void onMove() {}
   virtual void onMouseButton(int, int, int, bool, bool, bool, bool, bool) {}
   virtual void onMouseMove(int, int, int, bool, bool, bool, bool) {}
   virtual void onMouseWheel(int, int, int, int, int, bool, bool, bool, bool) {}

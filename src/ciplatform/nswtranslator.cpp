@@ -36,6 +36,10 @@ void cNSWTranslator::onSize(int w, int h) {
   myRoot->processSizeChanges(w, h, false);
 }
 
+void cNSWTranslator::onMove() {
+  syncRootPosition();
+}
+
 void cNSWTranslator::onMouseButton(int x, int y, int button, bool down, bool shift, bool ctrl, bool,
                                    bool) {
   if (myRoot) myRoot->processMouseBtn(x, y, button, down, shift, ctrl);

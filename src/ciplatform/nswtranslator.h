@@ -25,6 +25,7 @@ public:
   void onInit() override;
   bool onClose() override;
   void onSize(int w, int h) override;
+  void onMove() override;
   void onMouseButton(int x, int y, int button, bool down, bool shift, bool ctrl, bool alt,
                      bool super) override;
   void onMouseMove(int x, int y, int buttons, bool shift, bool ctrl, bool alt, bool super) override;

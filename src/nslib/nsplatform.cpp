@@ -137,8 +137,9 @@ NSWND cNSPlatform::create(const char* caption, int x, int y, int w, int h, bool 
   wnd->x = x, wnd->y = y;
   if (!popup && x == -1 && y == -1) {
     int ax = 0, ay = 0, aw = 0, ah = 0;
+    // Centred; one larger than the monitor keeps its top left corner (and title) on it.
     if (workArea(nullptr, ax, ay, aw, ah))
-      wnd->x = ax + (aw - wnd->w) / 2, wnd->y = ay + (ah - wnd->h) / 2;
+      wnd->x = ax + std::max(0, (aw - wnd->w) / 2), wnd->y = ay + std::max(0, (ah - wnd->h) / 2);
   } else if (popup) {
     // A popup lies on the monitor where it opens, never across two.
     const sNSPoint at{x, y};
@@ -342,6 +343,12 @@ void cNSPlatform::resized(sNSWnd* wnd, int w, int h) {
   sNSSize size{wnd->w, wnd->h};
   wnd->send(nseSize, &size);
   if (alive(wnd)) wnd->markAllDirty();
+}
+
+void cNSPlatform::moved(sNSWnd* wnd, int x, int y) {
+  if (wnd->x == x && wnd->y == y) return;
+  wnd->x = x, wnd->y = y;
+  wnd->send(nseMove, nullptr);
 }
 
 bool cNSPlatform::blocked(const sNSWnd* wnd) const {

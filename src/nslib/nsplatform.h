@@ -90,6 +90,8 @@ public:
   sNSWnd* capture() const { return myCapture; }
   void setCapture(sNSWnd* wnd);
   void resized(sNSWnd* wnd, int w, int h);
+  // Records where the window now stands; tells it when that changed.
+  void moved(sNSWnd* wnd, int x, int y);
   // The innermost running modal window, or null.
   sNSWnd* modalTop() const { return myModals.empty() ? nullptr : myModals.back(); }
   // The window that takes keys: an open popup taking input, the innermost modal window,

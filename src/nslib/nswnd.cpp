@@ -113,7 +113,8 @@ bool nswnd_maximize(NSWND wnd) {
 bool nswnd_move(NSWND wnd, int x, int y, int w, int h) {
   cNSPlatform* p = owning(wnd);
   if (!p || w <= 0 || h <= 0) return false;
-  wnd->x = x, wnd->y = y;
+  p->moved(wnd, x, y);
+  if (!p->alive(wnd)) return false;
   p->resized(wnd, w, h);
   p->moveResize(wnd);
   return true;

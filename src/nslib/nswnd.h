@@ -12,7 +12,8 @@
 //   0 close request (no data): answer 0 to allow closing, 1 to refuse
 //   1 mouse button (sNSMouseButton)    2 mouse move (sNSMouseMove)    3 wheel (sNSWheel)
 //   6 key press or release (sNSKey)    7 character (sNSChar)          8 paint (sNSPaint)
-//   9 resize (sNSSize)                 11 focus gained, 12 focus lost (no data)
+//   9 resize (sNSSize)                 10 moved on the desktop (no data)
+//   11 focus gained, 12 focus lost (no data)
 //   13 wake-up after nswnd_notify_action (no data)
 // Mouse coordinates are in the window's client area, top-left origin; a press outside a
 // popup holding the pointer arrives with coordinates outside its area.
@@ -35,6 +36,7 @@ enum eNSEvent {
   nseChar = 7,
   nsePaint = 8,
   nseSize = 9,
+  nseMove = 10,
   nseFocus = 11,
   nseFocusLost = 12,
   nseWake = 13,

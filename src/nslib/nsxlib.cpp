@@ -397,7 +397,9 @@ void cXlibPlatform::handle(XEvent& ev) {
   case ConfigureNotify: {
     Window child = 0;
     XTranslateCoordinates(myDisplay, wnd->win, myRoot, 0, 0, &wnd->devX, &wnd->devY, &child);
-    wnd->x = nsLogicalFloor(wnd->devX, myScale), wnd->y = nsLogicalFloor(wnd->devY, myScale);
+    // Moves by the user or the window manager arrive here too: popups and tooltips open
+    // relative to where the window stands now.
+    moved(wnd, nsLogicalFloor(wnd->devX, myScale), nsLogicalFloor(wnd->devY, myScale));
     if (ev.xconfigure.width != wnd->devW || ev.xconfigure.height != wnd->devH) {
       wnd->devW = ev.xconfigure.width, wnd->devH = ev.xconfigure.height;
       cairo_xlib_surface_set_size(wnd->winSurface, wnd->devW, wnd->devH);

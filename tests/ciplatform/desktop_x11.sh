@@ -86,13 +86,29 @@ import -window root "$out/demo-x11-openbox.png"
 xdotool key Return
 finish
 
-# Two monitors side by side, the left one primary: the form opens centred on it.
+# Two monitors side by side, the left one primary: the form opens centred on it, and a
+# popup menu stays on one monitor.
 xrandr --setmonitor right 1280/340x1600/210+1280+0 none >/dev/null
 xrandr --setmonitor '*left' 1280/340x1600/210+0+0 screen >/dev/null
 start "Toolkit demonstration"
 geometry "$wid"
 middle=$(centre "$X" "$WIDTH")
 ((middle > 600 && middle < 680)) || fail "the form is centred at $middle, not on the left monitor"
+# Moved so that its "Popup menu" button (392 pixels in) ends past the left monitor's edge,
+# the form opens the menu under the button but wholly on the left monitor.
+xdotool windowmove "$wid" $((1230 - 392)) 300
+sleep 0.3
+geometry "$wid"
+xdotool mousemove 1270 $((Y + 37)) click 1
+sleep 0.5
+menu=""
+for id in $(xdotool search --onlyvisible --class qvraci-ruled); do
+  [[ -z "$(xdotool getwindowname "$id")" ]] && menu=$id
+done
+[[ -n "$menu" ]] || fail "no popup menu"
+geometry "$menu"
+((X + WIDTH == 1280 && Y > 300)) || fail "the menu lies at $X,$Y, $WIDTH wide: not under its button, at the monitor's edge"
+xdotool key Escape
 xdotool key Escape
 finish
 

@@ -61,6 +61,18 @@ TEST_F(Windows, AWindowIsBuiltBeforeItsFirstPaint) {
   EXPECT_EQ(at.x, (1280 - 300) / 2); // the root knows where its window is
   nsoff::runUntilIdle();
   EXPECT_EQ(root.constructs, 1);
+  // Moved, it still knows: popups open relative to it.
+  ASSERT_TRUE(nswnd_move(nsoff::topWindow().handle, 40, 30, 300, 200));
+  root.absPos(at);
+  EXPECT_EQ(at.x, 40);
+  EXPECT_EQ(at.y, 30);
+
+  // Wider than the desktop: its left edge stays on it.
+  cProbeRoot wide;
+  holder.reset(ns().asyncwnd("wide", 2000, 200, &wide, nullptr, true, -1, -1));
+  ASSERT_NE(holder, nullptr);
+  wide.absPos(at);
+  EXPECT_EQ(at.x, 0);
 }
 
 TEST_F(Windows, TwoRepaintRequestsBeforeAPassBecomeOneFullRepaint) {
