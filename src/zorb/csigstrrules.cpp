@@ -187,8 +187,8 @@ bool cScanSigRuleUniHexMatch::match(const unsigned char* data, unsigned int size
   const long long range = static_cast<int>(size);
   if (range < 0 || n > avail) return false;
   if (myBlockSize == 0 && myOffset == -1) {
-    if (range == n) return false;
-    // p = 0 is always tried; then every start while p < size - n.
+    // A range no longer than the pattern gives no hit; else every start p < size - n.
+    if (range <= n) return false;
     return mySearch.matchAt(data) || mySearch.find(data, 1, range - n) >= 0;
   }
   if (myBlockSize == 0) {

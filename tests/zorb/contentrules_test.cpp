@@ -113,7 +113,7 @@ TEST(UniHexMatch, ScanForStopsOneShort) {
   EXPECT_FALSE(hits(*rule, block("xxab"))); // would end on the last byte
   EXPECT_FALSE(hits(*rule, block("ab")));   // size equal to the length
   EXPECT_TRUE(hits(*rule, block("abx")));
-  EXPECT_TRUE(hits(*rule, block("abx"), 1, 3));            // p = 0 is tried even past size - L
+  EXPECT_FALSE(hits(*rule, block("abx"), 1, 3));           // a range shorter than the pattern
   EXPECT_FALSE(hits(*rule, block("abx"), 3, 1));           // the pattern is longer than avail
   EXPECT_FALSE(hits(*rule, block("abx"), 0x80000000u, 3)); // size negative as signed
 }

@@ -15,10 +15,10 @@ bool matchesAt(const sHexSearchRule::_pattern& p, const unsigned char* data) {
   return true;
 }
 
-// Content rule 7, scanning: p = 0, then every p while p < size - L.
+// Content rule 7, scanning: every p while p < size - L; none when size <= L.
 bool referenceScanFor(const sHexSearchRule::_pattern& p, const bytes& b, long long size) {
   const long long n = p.count();
-  if (n > static_cast<long long>(b.size()) || size == n) return false;
+  if (n > static_cast<long long>(b.size()) || size <= n) return false;
   long long at = 0;
   do {
     if (matchesAt(p, b.data() + at)) return true;
