@@ -60,6 +60,22 @@ TEST(ScanPolicy, EndRulesCountForwardAndTheSizeFieldBack) {
             (std::vector<std::string>{"512+702 jpg end rule", "2048+1536 sized size field"}));
 }
 
+TEST(ScanPolicy, FootersAcrossOrAtTheEndOfABlockAreFound) {
+  cCustomSignaturesTree t;
+  endAfter(def(t, "png", "89 'PNG'", 2), "'IEND' AE 42 60 82", 8);
+  for (const unsigned block : {512u, 4096u}) {
+    // The footer's last byte: the block's last, then two bytes into the next block.
+    for (const unsigned last : {2 * block - 1, 2 * block + 1}) {
+      bytes image(4 * block, 0x11);
+      put(image, 0, "\x89PNG");
+      put(image, last + 1 - 8, std::string("IEND\xAE\x42\x60\x82", 8));
+      put(image, 3 * block, "\x89PNG"); // not cut by the next start
+      EXPECT_EQ(scanned(t, image, block).front(), "0+" + std::to_string(last + 1) + " png end rule")
+          << block << " " << last;
+    }
+  }
+}
+
 TEST(ScanPolicy, AFileMayEndInItsFirstBlock) {
   cCustomSignaturesTree t;
   endAfter(def(t, "jpg", "FF D8 FF", 2), "FF D9", 2);

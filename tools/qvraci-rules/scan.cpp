@@ -19,7 +19,32 @@ bool canEnd(const cScanSignature* node) {
   return false;
 }
 
+// The length of the longest pattern among the tree's end rules.
+unsigned int longestEndPattern(const cCustomSignaturesTree& tree) {
+  // Rules of the older string kinds are read back as patterns; a tree built in memory may
+  // still hold them, and none is longer than this.
+  constexpr unsigned int kOlderKinds = 256;
+  unsigned int longest = 0;
+  for (const cTreeItem* p = tree.first(); p; p = p->nextInOrder()) {
+    const auto* n = static_cast<const cScanSignature*>(p);
+    for (const cScanSigEndRule* r = n->first_end(); r; r = n->next_end(r)) {
+      const int type = r->typeOf();
+      if (type == 7) {
+        const auto count = static_cast<const cScanSigEndRuleUniHex*>(r)->pattern().count();
+        longest = std::max(longest, static_cast<unsigned int>(count));
+      } else if (type == 2 || type == 3 || type == 6) {
+        longest = std::max(longest, kOlderKinds);
+      }
+    }
+  }
+  return longest;
+}
+
 } // namespace
+
+cRawScanner::cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options)
+    : myTree(tree), myOptions(options), myGate(tree),
+      myEndOverlap(std::min(longestEndPattern(tree), kLookahead / 2)) {}
 
 void cRawScanner::finish(unsigned long long end, const char* how,
                          const std::function<void(const sFoundFile&)>& onFile) {
@@ -28,33 +53,33 @@ void cRawScanner::finish(unsigned long long end, const char* how,
   myOpen = {};
 }
 
-// Asks the open file's definition chain whether the file ends here; on success reports
-// it, reading the end offset back for the size field and forward for the other rules.
-bool cRawScanner::checkEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+// Asks the open file's definition chain, nearest first, whether the file ends here, as
+// the tree's own end check does; on success reports it, reading the end offset back for
+// the size field and forward for the other rules. The range reaches past the block by the
+// longest end pattern, so a footer that crosses into the next block is found; a text end
+// found there is the one that the next block would have given.
+bool cRawScanner::checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                            unsigned long long pos,
                            const std::function<void(const sFoundFile&)>& onFile) {
-  // shouldEnd clears the start of the definition whose rule fired; remember them to tell
-  // afterwards which rule it was.
-  myChain.clear(); // keeps its capacity: this runs for every block of an open file
-  for (cScanSignature* n = myOpen.node; n; n = n->parentSig()) myChain.push_back({n, n->startPos});
-  unsigned int endOffset = 0;
-  if (!myTree.shouldEnd(myOpen.node, data, size, avail, pos, endOffset)) return false;
-  int kind = 0;
-  for (const auto& [node, start] : myChain) {
-    if (!node->hasEndRules()) continue;
-    if (start == cScanSignature::kNoFile) break; // no file was open there: ends at once
-    unsigned int probe = 0;
-    for (cScanSigEndRule* r = node->first_end(); r && !kind; r = node->next_end(r)) {
-      if (r->match(data, size, avail, pos - start, probe)) kind = r->typeOf();
+  for (cScanSignature* n = myOpen.node; n; n = n->parentSig()) {
+    if (!n->hasEndRules()) continue;
+    if (n->startPos == cScanSignature::kNoFile) { // no file was open there: ends at once
+      finish(pos, "end rule", onFile);
+      return true;
     }
-    if (kind) break;
+    for (cScanSigEndRule* r = n->first_end(); r; r = n->next_end(r)) {
+      unsigned int endOffset = 0;
+      if (!r->match(data, range, avail, pos - n->startPos, endOffset)) continue;
+      const int kind = r->typeOf();
+      n->startPos = cScanSignature::kNoFile;
+      if (kind == 1)
+        finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile);
+      else
+        finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile);
+      return true;
+    }
   }
-  if (kind == 1) {
-    finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile);
-  } else {
-    finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile);
-  }
-  return true;
+  return false;
 }
 
 bool cRawScanner::walkEnd(cByteSource& source,
@@ -72,8 +97,9 @@ bool cRawScanner::walkEnd(cByteSource& source,
 void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned int size,
                         unsigned int avail, unsigned long long pos,
                         const std::function<void(const sFoundFile&)>& onFile) {
+  const unsigned int endRange = std::min(avail, size + myEndOverlap);
   if (myOpen.node) {
-    if (!canEnd(myOpen.node) || !checkEnd(data, size, avail, pos, onFile)) {
+    if (!canEnd(myOpen.node) || !checkEnd(data, endRange, avail, pos, onFile)) {
       if (pos + size - myOpen.start >= myOptions.maxSize) {
         finish(myOpen.start + myOptions.maxSize, "size cap", onFile);
       }
@@ -86,7 +112,7 @@ void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned
   if (myOpen.node) finish(pos, "next start", onFile);
   myOpen = {found, pos};
   if (walkEnd(source, onFile)) return;
-  if (canEnd(found)) checkEnd(data, size, avail, pos, onFile);
+  if (canEnd(found)) checkEnd(data, endRange, avail, pos, onFile);
 }
 
 void cRawScanner::scanBytes(const unsigned char* data, unsigned long long size,

@@ -14,6 +14,9 @@
 //   whether it ends within its first block.
 // - A file that meets no end rule ends at the next start, at the size cap, or at the end
 //   of the source.
+// - End rules see the block and, beyond it, as many bytes as the longest end pattern, so a
+//   footer that crosses into the next block, or ends on the block's last byte, is found
+//   while the file is still open.
 // - Before that, a file whose extension has a structure walker (walk.h: GIF, MP4 and
 //   QuickTime, MPEG program streams) is walked from its start; when the walk reaches the
 //   file's end within the size cap, the file ends there ("structure") and its end rules are
@@ -52,8 +55,7 @@ public:
   static constexpr unsigned int kLookahead = 64 * 1024;
 
   // The tree must not change while the scanner lives.
-  cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options)
-      : myTree(tree), myOptions(options), myGate(tree) {}
+  cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options);
 
   // Scans the readable file at path (a regular file or a block device). Calls onFile for
   // every file found, in order, and onProgress now and then with the bytes done. Stops
@@ -81,7 +83,7 @@ private:
   // One block at pos of source: data holds avail bytes, of which size belong to the block.
   void block(cByteSource& source, const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
-  bool checkEnd(const unsigned char* data, unsigned int size, unsigned int avail,
+  bool checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
   // Ends the file that has just opened where its structure ends, if a walker finds that.
   bool walkEnd(cByteSource& source, const std::function<void(const sFoundFile&)>& onFile);
@@ -90,10 +92,9 @@ private:
 
   cCustomSignaturesTree& myTree;
   sScanOptions myOptions;
-  cStartGate myGate; // spares asking the tree about blocks that no definition can start
+  cStartGate myGate;             // spares asking the tree about blocks that no definition can start
+  unsigned int myEndOverlap = 0; // how far end rules look past the block
   sOpen myOpen;
-  // The open file's definition and its ancestors with their starts, kept across blocks.
-  std::vector<std::pair<cScanSignature*, unsigned long long>> myChain;
   unsigned long long mySourceSize = 0;
   unsigned long long myWalkedEnd = 0; // the end of the last file ended by its structure
 };
