@@ -4,7 +4,7 @@
 #   scripts/install-deps.sh --tables   also the table sources used by tools/gentables.py
 set -euo pipefail
 
-build=(cmake ninja-build g++ pkg-config zlib1g-dev libx11-dev libxss-dev libxrandr-dev libxcursor-dev libcairo2-dev
+build=(cmake ninja-build g++ pkg-config zlib1g-dev libbz2-dev liblzma-dev libx11-dev libxss-dev libxrandr-dev libxcursor-dev libcairo2-dev
        libpango1.0-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei)
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
        clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript

@@ -27,7 +27,7 @@ EXPECTED = {
     "image.png": ("Images/PNG image", True),
     "image.gif": ("Images/GIF image", True),
     "image.bmp": ("Images/BMP image", True),
-    "image.tif": ("Images/TIFF image", False),
+    "image.tif": ("Images/TIFF image", True),
     "image.webp": ("Images/WebP image", True),
     "image.ico": ("Images/Windows icon/Windows icon, one image", True),
     "image.psd": ("Images/Photoshop image", False),
@@ -41,8 +41,8 @@ EXPECTED = {
     "letter.odt": ("Archives/ZIP archive/OpenDocument text", True),
     "sheet.ods": ("Archives/ZIP archive/OpenDocument spreadsheet", True),
     "book.epub": ("Archives/ZIP archive/EPUB book", True),
-    "archive.gz": ("Archives/gzip archive", False),
-    "archive.bz2": ("Archives/bzip2 archive", False),
+    "archive.gz": ("Archives/gzip archive", True),
+    "archive.bz2": ("Archives/bzip2 archive", True),
     "archive.xz": ("Archives/xz archive", True),
     "archive.tar": ("Archives/tar archive", False),
     "sound.wav": ("Audio/WAV audio", True),
@@ -60,11 +60,11 @@ EXPECTED = {
     "movie.mpg": ("Video/MPEG video", True),
     "movie.flv": ("Video/Flash video", False),
     "movie.wmv": ("Video/Windows Media video/Windows Media video, file properties first", True),
-    "program.elf": ("Programs/ELF program", False),
+    "program.elf": ("Programs/ELF program", True),
     "program.exe": ("Programs/DOS header/Windows program", False),
     "module.pyc": ("Programs/Python bytecode", False),
     "store.sqlite": ("Databases/SQLite database/SQLite database, 4 KiB pages", True),
-    "font.ttf": ("Fonts/TrueType font", False),
+    "font.ttf": ("Fonts/TrueType font", True),
 }
 BLOCK = 512
 # Passive definitions start a file only when none is open, so in the image each of these

@@ -5,6 +5,11 @@
 #include <string>
 #include <unistd.h>
 
+#include <bzlib.h>
+#include <lzma.h>
+#include <vector>
+#include <zlib.h>
+
 #include "qvraci-rules/walk.h"
 
 namespace {
@@ -142,6 +147,239 @@ TEST(WalkMpegProgram, MustOpenWithAPack) {
   EXPECT_EQ(walk(eWalker::mpegProgram, "\x00\x00\x01"s), 0u);
 }
 
+// ---- JPEG, PNG, TIFF ------------------------------------------------------------------------
+
+std::string be16(unsigned v) {
+  return {static_cast<char>(v >> 8), static_cast<char>(v)};
+}
+std::string le16(unsigned v) {
+  return {static_cast<char>(v), static_cast<char>(v >> 8)};
+}
+std::string le32(unsigned long long v) {
+  return le16(v & 0xFFFF) + le16(v >> 16);
+}
+std::string segment(unsigned char marker, const std::string& body) {
+  return "\xff"s + static_cast<char>(marker) + be16(body.size() + 2) + body;
+}
+
+// An Exif segment holding a thumbnail (with its own end marker), a frame, and scan data
+// with a stuffed FF, a restart marker and fill bytes before the end marker.
+std::string jpeg() {
+  const std::string thumb = "\xff\xd8"s + segment(0xc0, "thumb") + "\xff\xd9"s;
+  return "\xff\xd8"s + segment(0xe1, "Exif\0\0"s + thumb) + segment(0xdb, std::string(65, 1)) +
+         segment(0xc0, "\x08\x00\x10\x00\x10\x01\x01\x11\x00"s) + segment(0xda, "\x01\x01\x00"s) +
+         "\x12\xff\x00\x34\xff\xd0\x56\xff\xff\xff\xd9"s;
+}
+
+TEST(WalkImages, JpegEndsAtItsOwnEndMarker) {
+  const std::string file = jpeg();
+  EXPECT_EQ(walk(eWalker::jpeg, file + "\xff\xd9 junk"s), file.size());
+  EXPECT_EQ(walk(eWalker::jpeg, "pad"s + file, 3), file.size());
+  EXPECT_EQ(walk(eWalker::jpeg, file.substr(0, file.size() - 1)), 0u); // cut short
+  EXPECT_EQ(walk(eWalker::jpeg, file, 0, file.size() - 1), 0u);        // over the limit
+  // Without a frame header, or with a broken segment chain, nothing.
+  EXPECT_EQ(walk(eWalker::jpeg, "\xff\xd8"s + segment(0xe0, "JFIF") + "\xff\xd9"s), 0u);
+  std::string broken = file;
+  broken[4] = '\x7f'; // the Exif segment's length points past the end
+  EXPECT_EQ(walk(eWalker::jpeg, broken + std::string(1000, 'x')), 0u);
+}
+
+std::string chunk(const std::string& type, const std::string& data) {
+  return be32(data.size()) + type + data + "CRC!";
+}
+
+TEST(WalkImages, PngRunsFromIhdrToIend) {
+  const std::string file = "\x89PNG\r\n\x1a\n"s + chunk("IHDR", std::string(13, 1)) +
+                           chunk("IDAT", "IEND inside the data") + chunk("IEND", "");
+  EXPECT_EQ(walk(eWalker::png, file + "IEND"), file.size());
+  EXPECT_EQ(walk(eWalker::png, file.substr(0, file.size() - 1)), 0u);
+  EXPECT_EQ(walk(eWalker::png, file.substr(0, 33) + chunk("ID4T", "") + chunk("IEND", "")), 0u);
+  EXPECT_EQ(walk(eWalker::png, file.substr(0, 33) + be32(0x80000000) + "IDAT"), 0u);
+}
+
+// A TIFF of either byte order: an IFD with two strips, a second IFD pointing to an Exif
+// IFD, and the strips' data placed last so that they decide the end.
+std::string tiff(bool big) {
+  const auto u16 = [&](unsigned v) { return big ? be16(v) : le16(v); };
+  const auto u32 = [&](unsigned long long v) { return big ? be32(v) : le32(v); };
+  const auto entry = [&](unsigned tag, unsigned type, unsigned count, unsigned long long value) {
+    return u16(tag) + u16(type) + u32(count) +
+           (type == 3 && count == 1 ? u16(value) + "\0\0"s : u32(value));
+  };
+  std::string f = (big ? "MM\x00\x2a"s : "II\x2a\x00"s) + u32(8);
+  // IFD 0 at 8: 3 entries, ends at 8 + 2 + 36 + 4 = 50; strip tables at 50 and 58.
+  f += u16(3) + entry(256, 3, 1, 16) + entry(273, 4, 2, 50) + entry(279, 4, 2, 58) + u32(66);
+  f += u32(200) + u32(300) + u32(100) + u32(50); // strips 200+100 and 300+50: end 350
+  // IFD 1 at 66: an Exif pointer, then the Exif IFD at 84.
+  f += u16(1) + entry(34665, 4, 1, 84) + u32(0);
+  f += u16(1) + entry(36864, 7, 4, 0x30323230) + u32(0);
+  f.resize(350, '\x77');
+  return f;
+}
+
+TEST(WalkImages, TiffEndsAtItsFurthestPartInBothByteOrders) {
+  for (const bool big : {false, true}) {
+    const std::string file = tiff(big);
+    EXPECT_EQ(walk(eWalker::tiff, file + "after"), file.size()) << big;
+    EXPECT_EQ(walk(eWalker::tiff, file.substr(0, 349)), 0u) << big; // a strip cut short
+    std::string looped = file;
+    looped.replace(80, 4, big ? be32(66) : le32(66)); // the Exif IFD points back at IFD 1
+    EXPECT_EQ(walk(eWalker::tiff, looped), file.size()) << big;
+  }
+  EXPECT_EQ(walk(eWalker::tiff, "II\x2a\x00"s + le32(4) + std::string(40, 0)), 0u);
+}
+
+// ---- ZIP, 7z, gzip, bzip2, xz -------------------------------------------------------------
+
+// A stored ZIP of one file with a data descriptor, and a comment after the end record.
+std::string zip(const std::string& comment) {
+  const std::string name = "a.txt", data = "hello PK\x05\x06 world";
+  std::string local = "PK\x03\x04"s + le16(20) + le16(8) + le16(0) + std::string(8, 0) + le32(0) +
+                      le32(0) + le16(name.size()) + le16(0) + name + data + "PK\x07\x08"s +
+                      std::string(12, 0);
+  std::string central =
+      "PK\x01\x02"s + std::string(24, 0) + le16(name.size()) + std::string(12, 0) + le32(0) + name;
+  return local + central + "PK\x05\x06"s + std::string(4, 0) + le16(1) + le16(1) +
+         le32(central.size()) + le32(local.size()) + le16(comment.size()) + comment;
+}
+
+TEST(WalkArchives, ZipEndsAfterTheEndRecordsComment) {
+  for (const std::string& comment : {""s, "a comment"s}) {
+    const std::string file = zip(comment);
+    EXPECT_EQ(walk(eWalker::zip, file + "PK\x05\x06 trailing"s), file.size());
+    EXPECT_EQ(walk(eWalker::zip, file.substr(0, file.size() - 1)), 0u);
+  }
+  // From a local header inside the archive the directory does not add up.
+  EXPECT_EQ(walk(eWalker::zip, "PK\x03\x04"s + zip("")), 0u);
+}
+
+TEST(WalkArchives, SevenZipEndsAfterItsNextHeader) {
+  std::string tail = le32(100) + std::string(4, 0) + le32(20) + std::string(4, 0) + le32(0);
+  const unsigned long crc = crc32(0, reinterpret_cast<const Bytef*>(tail.data()), 20);
+  const std::string file = "7z\xbc\xaf\x27\x1c\x00\x04"s + le32(crc) + tail + std::string(120, 5);
+  EXPECT_EQ(walk(eWalker::sevenZip, file + "more"), 152u);
+  EXPECT_EQ(walk(eWalker::sevenZip, file.substr(0, 151)), 0u);
+  std::string bad = file;
+  bad[12] = 101; // the header's CRC no longer fits
+  EXPECT_EQ(walk(eWalker::sevenZip, bad), 0u);
+}
+
+std::string gzipped(const std::string& text) {
+  z_stream z{};
+  EXPECT_EQ(deflateInit2(&z, 9, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY), Z_OK);
+  std::string out(deflateBound(&z, text.size()) + 32, '\0');
+  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+  z.avail_in = static_cast<uInt>(text.size());
+  z.next_out = reinterpret_cast<Bytef*>(out.data());
+  z.avail_out = static_cast<uInt>(out.size());
+  EXPECT_EQ(deflate(&z, Z_FINISH), Z_STREAM_END);
+  out.resize(z.total_out);
+  deflateEnd(&z);
+  return out;
+}
+
+std::string bzipped(const std::string& text) {
+  std::vector<char> out(text.size() + text.size() / 100 + 600);
+  auto length = static_cast<unsigned int>(out.size());
+  EXPECT_EQ(BZ2_bzBuffToBuffCompress(out.data(), &length, const_cast<char*>(text.data()),
+                                     static_cast<unsigned int>(text.size()), 9, 0, 0),
+            BZ_OK);
+  return {out.data(), length};
+}
+
+std::string xzed(const std::string& text) {
+  std::vector<uint8_t> out(text.size() + 1024);
+  size_t length = 0;
+  EXPECT_EQ(lzma_easy_buffer_encode(6, LZMA_CHECK_CRC64, nullptr,
+                                    reinterpret_cast<const uint8_t*>(text.data()), text.size(),
+                                    out.data(), &length, out.size()),
+            LZMA_OK);
+  return {reinterpret_cast<char*>(out.data()), length};
+}
+
+std::string someText(int n) {
+  std::string text;
+  for (int i = 0; i < n; ++i) text += "line " + std::to_string(i * 7919 % 1000) + " of text\n";
+  return text;
+}
+
+TEST(WalkArchives, CompressedStreamsEndWhereTheirDecoderSays) {
+  const std::string text = someText(3000);
+  const struct {
+    eWalker walker;
+    std::string one, two;
+  } cases[] = {{eWalker::gzip, gzipped(text), gzipped("second member")},
+               {eWalker::bzip2, bzipped(text), bzipped("second stream")},
+               {eWalker::xz, xzed(text), std::string(8, '\0') + xzed("second stream")}};
+  for (const auto& c : cases) {
+    const auto w = static_cast<int>(c.walker);
+    EXPECT_EQ(walk(c.walker, c.one + "\x1f\x8b garbage BZh9"s), c.one.size()) << w;
+    EXPECT_EQ(walk(c.walker, c.one + c.two + "junk"), c.one.size() + c.two.size()) << w;
+    EXPECT_EQ(walk(c.walker, c.one.substr(0, c.one.size() - 1)), 0u) << w;
+    EXPECT_EQ(walk(c.walker, c.one, 0, c.one.size() - 1), 0u) << w;
+    std::string bad = c.one;
+    bad[bad.size() / 2] ^= 0x55;
+    EXPECT_EQ(walk(c.walker, bad + std::string(4096, 'x')), 0u) << w;
+  }
+  // xz padding after the last stream is the disk's, not the file's.
+  const std::string x = xzed(text);
+  EXPECT_EQ(walk(eWalker::xz, x + std::string(8, '\0')), x.size());
+}
+
+// ---- PDF, ELF, fonts, SQLite ----------------------------------------------------------------
+
+TEST(WalkDocuments, PdfRunsToItsLastEndMarkerAndLineEnd) {
+  const std::string body = "%PDF-1.4\n1 0 obj\n<<>>\nendobj\ntrailer\n<<>>\n%%EOF";
+  const std::string update = "2 0 obj\n<<>>\nendobj\nxref\n0 1\n%%EOF";
+  for (const std::string& end : {""s, "\n"s, "\r"s, "\r\n"s}) {
+    EXPECT_EQ(walk(eWalker::pdf, body + end + "\x01binary"s), body.size() + end.size());
+    const std::string both = body + end + update + end;
+    EXPECT_EQ(walk(eWalker::pdf, both + "%PDF-1.4 next"), both.size());
+  }
+  EXPECT_EQ(walk(eWalker::pdf, body.substr(0, body.size() - 1)), 0u);
+}
+
+TEST(WalkDocuments, ElfEndsAtItsFurthestTableOrPart) {
+  std::string self;
+  if (FILE* f = std::fopen("/proc/self/exe", "rb")) {
+    char buffer[1 << 16];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;) self.append(buffer, n);
+    std::fclose(f);
+  }
+  ASSERT_GT(self.size(), 64u);
+  EXPECT_EQ(walk(eWalker::elf, self + "trailing", 0, 1ull << 30), self.size());
+  EXPECT_EQ(walk(eWalker::elf, self.substr(0, self.size() - 1), 0, 1ull << 30), 0u);
+  EXPECT_EQ(walk(eWalker::elf, self.substr(0, 64)), 0u);
+}
+
+// A font of two tables, the last one not a multiple of four long.
+std::string font(const std::string& version) {
+  return version + be16(2) + std::string(6, 0) + "head" + be32(0) + be32(44) + be32(8) + "name" +
+         be32(0) + be32(52) + be32(6) + "headhead" + "name!!";
+}
+
+TEST(WalkDocuments, FontsEndAtTheirFurthestTable) {
+  for (const std::string& version : {"\x00\x01\x00\x00"s, "OTTO"s, "true"s}) {
+    const std::string file = font(version);
+    EXPECT_EQ(walk(eWalker::font, file + "\x00\x00XYZ"s), 60u); // padding, when it is there
+    EXPECT_EQ(walk(eWalker::font, file + "XYZW"), 58u);
+    EXPECT_EQ(walk(eWalker::font, file.substr(0, 57)), 0u);
+  }
+  EXPECT_EQ(walk(eWalker::font, font("wOFF")), 0u);
+}
+
+TEST(WalkDocuments, SqliteIsItsPagesTimesThePageSize) {
+  std::string header = "SQLite format 3\0"s + be16(1024) + std::string(6, 1) + be32(7) + be32(3);
+  header.resize(92, '\0');
+  header += be32(7);
+  const std::string file = header + std::string(3 * 1024 - header.size(), 's');
+  EXPECT_EQ(walk(eWalker::sqlite, file + "more"), 3072u);
+  EXPECT_EQ(walk(eWalker::sqlite, file.substr(0, 3071)), 0u);
+  std::string stale = file;
+  stale[95] = 8; // the count is not valid for this change
+  EXPECT_EQ(walk(eWalker::sqlite, stale), 0u);
+}
+
 // ---- Choosing a walker, reading through a file ------------------------------------------------
 
 TEST(Walkers, ChosenByExtension) {
@@ -150,7 +388,9 @@ TEST(Walkers, ChosenByExtension) {
   EXPECT_EQ(walkerFor("mov"), eWalker::isoMedia);
   EXPECT_EQ(walkerFor("m4a"), eWalker::isoMedia);
   EXPECT_EQ(walkerFor("mpeg"), eWalker::mpegProgram);
-  EXPECT_EQ(walkerFor("jpg"), eWalker::none);
+  EXPECT_EQ(walkerFor("JPG"), eWalker::jpeg);
+  EXPECT_EQ(walkerFor("docx"), eWalker::zip);
+  EXPECT_EQ(walkerFor("bmp"), eWalker::none);
   EXPECT_EQ(walkerFor(""), eWalker::none);
   EXPECT_EQ(walk(eWalker::none, gif()), 0u);
 }

@@ -82,16 +82,37 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int range, unsign
   return false;
 }
 
-bool cRawScanner::walkEnd(cByteSource& source,
+bool cRawScanner::walkEnd(cByteSource& source, eWalker walker,
                           const std::function<void(const sFoundFile&)>& onFile) {
-  if (!myOptions.walk) return false;
-  const eWalker walker = walkerFor(myOpen.node->ext.c_str());
-  if (walker == eWalker::none) return false;
-  const unsigned long long length = walkLength(walker, source, myOpen.start, myOptions.maxSize);
+  if (!myOptions.walk || walker == eWalker::none) return false;
+  // Bytes that a walk of this kind has read already are not walked again, and all walks
+  // together read a bounded multiple of the source: a crafted source full of starts whose
+  // structures run on to its end would otherwise be read once per start.
+  unsigned long long& covered = myCovered[static_cast<size_t>(walker)];
+  if (myOpen.start < covered || myWalkBudget == 0) {
+    ++myWalksSkipped;
+    return false;
+  }
+  unsigned long long reached = myOpen.start;
+  const unsigned long long length =
+      walkLength(walker, source, myOpen.start, myOptions.maxSize, &reached);
+  covered = std::max(covered, reached);
+  myWalkBudget -= std::min(myWalkBudget, reached - myOpen.start);
   if (length == 0) return false;
   myWalkedEnd = myOpen.start + length;
+  myWalkedKind = walker;
   finish(myWalkedEnd, "structure", onFile);
   return true;
+}
+
+void cRawScanner::begin(unsigned long long size) {
+  mySourceSize = size;
+  myOpen = {};
+  myWalkedEnd = 0;
+  myWalkedKind = eWalker::none;
+  myCovered.fill(0);
+  myWalkBudget = kWalkBudgetFactor * size + kWalkBudgetFree;
+  myWalksSkipped = 0;
 }
 
 void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned int size,
@@ -107,11 +128,16 @@ void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned
   }
   cScanSignature* found =
       myGate.mayStart(data, avail) ? myTree.find_match(data, size, avail, pos) : nullptr;
-  const bool inFile = myOpen.node || pos < myWalkedEnd;
-  if (!found || (inFile && found->hitMode != cScanSignature::hmActive)) return;
+  if (!found) return;
+  const bool inWalked = pos < myWalkedEnd;
+  if ((myOpen.node || inWalked) && found->hitMode != cScanSignature::hmActive) return;
+  // A walked file's own parts that look like a file of its kind (a ZIP's local headers, a
+  // JPEG's thumbnail) are not files of their own.
+  const eWalker walker = myOptions.walk ? walkerFor(found->ext.c_str()) : eWalker::none;
+  if (inWalked && walker != eWalker::none && walker == myWalkedKind) return;
   if (myOpen.node) finish(pos, "next start", onFile);
   myOpen = {found, pos};
-  if (walkEnd(source, onFile)) return;
+  if (walkEnd(source, walker, onFile)) return;
   if (canEnd(found)) checkEnd(data, endRange, avail, pos, onFile);
 }
 
@@ -127,9 +153,7 @@ void cRawScanner::scanMemory(
     const std::function<void(const sFoundFile&)>& onFile,
     const std::function<void(unsigned long long, unsigned long long)>& onProgress,
     const std::atomic<bool>& stop) {
-  mySourceSize = size;
-  myOpen = {};
-  myWalkedEnd = 0;
+  begin(size);
   cMemorySource source(data, size);
   constexpr unsigned long long kProgressStep = 16ull << 20;
   unsigned long long pos = 0;
@@ -211,9 +235,7 @@ bool cRawScanner::scan(
     total = static_cast<unsigned long long>(lseek(static_cast<int>(source.handle()), 0, SEEK_CUR));
     source.set_fp(0);
   }
-  mySourceSize = total;
-  myOpen = {};
-  myWalkedEnd = 0;
+  begin(total);
   cFileSource walkSource(static_cast<int>(source.handle()), total);
   const size_t chunk = 8u << 20;
   std::vector<unsigned char> buffer(chunk + kLookahead);

@@ -17,15 +17,19 @@
 // - End rules see the block and, beyond it, as many bytes as the longest end pattern, so a
 //   footer that crosses into the next block, or ends on the block's last byte, is found
 //   while the file is still open.
-// - Before that, a file whose extension has a structure walker (walk.h: GIF, MP4 and
-//   QuickTime, MPEG program streams) is walked from its start; when the walk reaches the
-//   file's end within the size cap, the file ends there ("structure") and its end rules are
-//   not asked. It is reported at once, but counts as open up to its end: passive hits
-//   inside it start nothing, and active ones start files of their own (embedded or written
-//   over it) without cutting it. When the structure is broken, the end rules decide as
-//   above.
+// - Before that, a file whose extension has a structure walker (walk.h) is walked from its
+//   start; when the walk reaches the file's end within the size cap, the file ends there
+//   ("structure") and its end rules are not asked. It is reported at once, but counts as
+//   open up to its end: passive hits inside it start nothing, hits of its own kind are its
+//   own parts (a ZIP's local headers, a JPEG's thumbnail) and start nothing either, and
+//   other active hits start files of their own (embedded or written over it) without
+//   cutting it. When the structure is broken, the end rules decide as above.
+// - Walking stays linear in the source: a start inside bytes that a walk of its kind has
+//   read already is not walked, and all walks together read at most kWalkBudgetFactor
+//   times the source (plus kWalkBudgetFree); past that the end rules decide.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <string>
@@ -53,6 +57,8 @@ struct sScanOptions {
 class cRawScanner {
 public:
   static constexpr unsigned int kLookahead = 64 * 1024;
+  // All walks of one scan together read at most this many times the source, and this much.
+  static constexpr unsigned long long kWalkBudgetFactor = 4, kWalkBudgetFree = 256ull << 20;
 
   // The tree must not change while the scanner lives.
   cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options);
@@ -69,6 +75,9 @@ public:
   // The same over bytes in memory.
   void scanBytes(const unsigned char* data, unsigned long long size,
                  const std::function<void(const sFoundFile&)>& onFile);
+  // Starts whose walk was left to the end rules, as walks of their kind had read their
+  // bytes already or the scan's walking budget was spent.
+  unsigned long long walksSkipped() const { return myWalksSkipped; }
   void scanMemory(
       const unsigned char* data, unsigned long long size,
       const std::function<void(const sFoundFile&)>& onFile,
@@ -86,7 +95,9 @@ private:
   bool checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
   // Ends the file that has just opened where its structure ends, if a walker finds that.
-  bool walkEnd(cByteSource& source, const std::function<void(const sFoundFile&)>& onFile);
+  bool walkEnd(cByteSource& source, eWalker walker,
+               const std::function<void(const sFoundFile&)>& onFile);
+  void begin(unsigned long long size);
   void finish(unsigned long long end, const char* how,
               const std::function<void(const sFoundFile&)>& onFile);
 
@@ -97,4 +108,9 @@ private:
   sOpen myOpen;
   unsigned long long mySourceSize = 0;
   unsigned long long myWalkedEnd = 0; // the end of the last file ended by its structure
+  eWalker myWalkedKind = eWalker::none;
+  // Per kind of walk: how far walks of that kind have read.
+  std::array<unsigned long long, static_cast<size_t>(eWalker::count)> myCovered{};
+  unsigned long long myWalkBudget = 0; // bytes that walks may still read
+  unsigned long long myWalksSkipped = 0;
 };

@@ -1,197 +1,170 @@
 #include "walk.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
 #include <unistd.h>
 
+#include "walkers.h"
+
+using walkers::tPos;
+
+// ---- reading a file through a window ------------------------------------------------------
+
+bool cFileSource::load(unsigned long long offset, unsigned long long n) {
+  if (offset >= myStart && offset - myStart < myHave && myHave - (offset - myStart) >= n)
+    return true;
+  const ssize_t got = pread(myFd, myWindow.data(), myWindow.size(), static_cast<off_t>(offset));
+  myStart = offset;
+  myHave = got > 0 ? static_cast<size_t>(got) : 0;
+  return myHave >= n;
+}
+
+const unsigned char* cFileSource::at(unsigned long long offset, unsigned int n) {
+  if (n > kMaxRead || offset > mySize || n > mySize - offset) return nullptr;
+  return load(offset, n) ? myWindow.data() + (offset - myStart) : nullptr;
+}
+
+const unsigned char* cFileSource::span(unsigned long long offset, unsigned long long& n) {
+  if (offset >= mySize || n == 0 || !load(offset, 1)) return nullptr;
+  n = std::min({n, mySize - offset, static_cast<unsigned long long>(myHave - (offset - myStart))});
+  return myWindow.data() + (offset - myStart);
+}
+
 namespace {
 
-unsigned long long be16(const unsigned char* p) {
-  return static_cast<unsigned long long>(p[0]) << 8 | p[1];
-}
+// The part of a source that one walk may read, from 0 to its limit, noting how far the
+// walk read.
+class cWalkView final : public cByteSource {
+public:
+  cWalkView(cByteSource& source, tPos end) : mySource(source), myEnd(end) {}
+  unsigned long long size() const override { return myEnd; }
+  const unsigned char* at(unsigned long long offset, unsigned int n) override {
+    if (offset > myEnd || n > myEnd - offset) return nullptr;
+    myReached = std::max(myReached, offset + n);
+    return mySource.at(offset, n);
+  }
+  const unsigned char* span(unsigned long long offset, unsigned long long& n) override {
+    if (offset >= myEnd) return nullptr;
+    n = std::min(n, myEnd - offset);
+    const unsigned char* p = mySource.span(offset, n);
+    if (p) myReached = std::max(myReached, offset + n);
+    return p;
+  }
+  tPos reached() const { return myReached; }
 
-unsigned long long be32(const unsigned char* p) {
-  return be16(p) << 16 | be16(p + 2);
-}
+private:
+  cByteSource& mySource;
+  tPos myEnd;
+  tPos myReached = 0;
+};
 
-unsigned long long be64(const unsigned char* p) {
-  return be32(p) << 32 | be32(p + 4);
-}
+struct sKind {
+  const char* extensions[10];
+  eWalker walker;
+};
 
-// Size of a GIF colour table from its packed flags byte; 0 when there is none.
-unsigned long long colourTable(unsigned char flags) {
-  return flags & 0x80 ? 3ull << ((flags & 7) + 1) : 0;
-}
+constexpr std::array<sKind, 15> kKinds = {{
+    {{"gif"}, eWalker::gif},
+    {{"mp4", "mov", "m4a", "m4v", "3gp", "3g2"}, eWalker::isoMedia},
+    {{"mpg", "mpeg", "vob"}, eWalker::mpegProgram},
+    {{"jpg", "jpeg"}, eWalker::jpeg},
+    {{"png"}, eWalker::png},
+    {{"tif", "tiff"}, eWalker::tiff},
+    {{"zip", "docx", "xlsx", "pptx", "odt", "ods", "odp", "epub", "jar", "apk"}, eWalker::zip},
+    {{"pdf"}, eWalker::pdf},
+    {{"elf", "so", "o"}, eWalker::elf},
+    {{"ttf", "otf"}, eWalker::font},
+    {{"gz", "tgz"}, eWalker::gzip},
+    {{"bz2"}, eWalker::bzip2},
+    {{"xz"}, eWalker::xz},
+    {{"7z"}, eWalker::sevenZip},
+    {{"sqlite", "db"}, eWalker::sqlite},
+}};
 
-// Header, screen descriptor and colour table, then extensions and images, each followed by
-// a chain of sub-blocks (a length byte and that many bytes) that a zero length closes; the
-// trailer 3B ends the file.
-unsigned long long walkGif(cByteSource& s, unsigned long long start, unsigned long long end) {
-  const unsigned char* h = s.at(start, 13);
-  if (!h || std::memcmp(h, "GIF8", 4) != 0 || (h[4] != '7' && h[4] != '9') || h[5] != 'a') return 0;
-  unsigned long long p = start + 13 + colourTable(h[10]);
-  bool image = false;
-  while (p < end) {
-    const unsigned char* b = s.at(p, 1);
-    if (!b) return 0;
-    if (*b == 0x3B) return image ? p + 1 - start : 0;
-    if (*b == 0x21) {
-      p += 2; // introducer and label
-    } else if (*b == 0x2C) {
-      const unsigned char* d = s.at(p, 11); // descriptor and the first byte after it
-      if (!d) return 0;
-      p += 10 + colourTable(d[9]);
-      const unsigned char* codeSize = s.at(p, 1);
-      if (!codeSize || *codeSize < 1 || *codeSize > 11) return 0;
-      p += 1;
-      image = true;
-    } else {
-      return 0;
-    }
-    for (;;) {
-      const unsigned char* length = p < end ? s.at(p, 1) : nullptr;
-      if (!length) return 0;
-      p += 1 + *length;
-      if (*length == 0) break;
-    }
+tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
+  using namespace walkers;
+  switch (walker) {
+  case eWalker::gif:
+    return walkGif(s, start);
+  case eWalker::isoMedia:
+    return walkIsoMedia(s, start);
+  case eWalker::mpegProgram:
+    return walkMpegProgram(s, start);
+  case eWalker::jpeg:
+    return walkJpeg(s, start);
+  case eWalker::png:
+    return walkPng(s, start);
+  case eWalker::tiff:
+    return walkTiff(s, start);
+  case eWalker::zip:
+    return walkZip(s, start);
+  case eWalker::pdf:
+    return walkPdf(s, start);
+  case eWalker::elf:
+    return walkElf(s, start);
+  case eWalker::font:
+    return walkFont(s, start);
+  case eWalker::gzip:
+    return walkGzip(s, start);
+  case eWalker::bzip2:
+    return walkBzip2(s, start);
+  case eWalker::xz:
+    return walkXz(s, start);
+  case eWalker::sevenZip:
+    return walkSevenZip(s, start);
+  case eWalker::sqlite:
+    return walkSqlite(s, start);
+  case eWalker::none:
+  case eWalker::count:
+    break;
   }
   return 0;
 }
 
-bool isTopLevelBox(const unsigned char* type) {
-  static constexpr std::array<const char*, 16> kTypes = {
-      "moov", "mdat", "free", "skip", "wide", "uuid", "moof", "mfra",
-      "meta", "pdin", "styp", "sidx", "ssix", "prft", "emsg", "pnot"};
-  return std::any_of(kTypes.begin(), kTypes.end(),
-                     [&](const char* t) { return std::memcmp(t, type, 4) == 0; });
-}
-
-// A chain of boxes (32-bit size, type, or size 1 and a 64-bit size after the type) that
-// opens with ftyp. The file ends before the first box that is not a known top-level one,
-// or that opens another file (a second ftyp). Without a moov box it is not complete.
-unsigned long long walkIsoMedia(cByteSource& s, unsigned long long start, unsigned long long end) {
-  unsigned long long p = start;
-  bool movie = false;
-  while (p < end) {
-    const unsigned char* h = s.at(p, 8);
-    if (!h) break;
-    const bool first = p == start;
-    if (first != (std::memcmp(h + 4, "ftyp", 4) == 0)) {
-      if (first) return 0;
-      break;
-    }
-    if (!first && !isTopLevelBox(h + 4)) break;
-    movie = movie || std::memcmp(h + 4, "moov", 4) == 0;
-    unsigned long long size = be32(h);
-    if (size == 1) {
-      const unsigned char* large = s.at(p + 8, 8);
-      size = large ? be64(large) : 0;
-      if (size < 16) break;
-    } else if (size == 0) {
-      return 0; // runs to an end we cannot know
-    } else if (size < 8) {
-      break;
-    }
-    if (size > end - p) return 0; // cut short, or longer than allowed
-    p += size;
-  }
-  return movie ? p - start : 0;
-}
-
-// The system clock reference of a pack header, MPEG-2 or MPEG-1; false when the header is
-// neither.
-bool packClock(const unsigned char* h, unsigned long long& clock, unsigned int& length) {
-  const auto b = [&](int i) { return static_cast<unsigned long long>(h[i]); };
-  if ((h[4] & 0xC4) == 0x44) {
-    clock = (b(4) >> 3 & 7) << 30 | (b(4) & 3) << 28 | b(5) << 20 | (b(6) >> 3) << 15 |
-            (b(6) & 3) << 13 | b(7) << 5 | b(8) >> 3;
-    length = 14 + (h[13] & 7);
-    return true;
-  }
-  if ((h[4] & 0xF1) == 0x21) {
-    clock = (b(4) >> 1 & 7) << 30 | b(5) << 22 | (b(6) >> 1) << 15 | b(7) << 7 | b(8) >> 1;
-    length = 12;
-    return true;
-  }
-  return false;
-}
-
-// Pack headers, system headers and packets, each behind a 00 00 01 start code. The stream
-// ends at its end code, before anything else, or where the clock goes back: streams are
-// often written back to back and the next one starts its clock again.
-unsigned long long walkMpegProgram(cByteSource& s, unsigned long long start,
-                                   unsigned long long end) {
-  unsigned long long p = start, lastClock = 0;
-  bool pack = false;
-  while (p < end) {
-    const unsigned char* h = s.at(p, 6);
-    if (!h || h[0] != 0 || h[1] != 0 || h[2] != 1) break;
-    unsigned long long length = 0;
-    if (h[3] == 0xBA) {
-      unsigned long long clock = 0;
-      unsigned int headerLength = 0;
-      h = s.at(p, 14);
-      if (!h || !packClock(h, clock, headerLength) || (pack && clock < lastClock)) break;
-      lastClock = clock;
-      pack = true;
-      length = headerLength;
-    } else if (!pack) {
-      return 0;
-    } else if (h[3] == 0xB9) {
-      if (end - p >= 4) p += 4; // the end code, when it is within the limit
-      break;
-    } else if (h[3] >= 0xBB) {
-      length = 6 + be16(h + 4);
-    } else {
-      break;
-    }
-    if (length > end - p) break;
-    p += length;
-  }
-  return pack ? p - start : 0;
-}
-
 } // namespace
 
-const unsigned char* cFileSource::at(unsigned long long offset, unsigned int n) {
-  if (n > kMaxRead || offset > mySize || n > mySize - offset) return nullptr;
-  if (offset < myStart || offset + n > myStart + myHave) {
-    const ssize_t got = pread(myFd, myWindow.data(), myWindow.size(), static_cast<off_t>(offset));
-    myStart = offset;
-    myHave = got > 0 ? static_cast<size_t>(got) : 0;
-    if (myHave < n) return nullptr;
+tPos walkers::find(cByteSource& s, tPos from, std::string_view needle) {
+  const tPos end = s.size();
+  const tPos n = needle.size();
+  if (n == 0 || from > end || n > end - from) return end;
+  constexpr tPos kPiece = 1 << 20;
+  while (end - from >= n) {
+    // Each piece overlaps the next by n - 1 bytes, so no occurrence falls between them.
+    tPos have = std::min(kPiece, end - from);
+    const unsigned char* p = s.span(from, have);
+    if (!p || have < n) {
+      // A window shorter than the needle: compare through small reads.
+      const unsigned char* q = s.at(from, static_cast<unsigned int>(n));
+      if (!q) return end;
+      if (std::memcmp(q, needle.data(), n) == 0) return from;
+      ++from;
+      continue;
+    }
+    if (const void* hit = memmem(p, have, needle.data(), n))
+      return from + static_cast<tPos>(static_cast<const unsigned char*>(hit) - p);
+    from += have - (n - 1);
   }
-  return myWindow.data() + (offset - myStart);
+  return end;
 }
 
 eWalker walkerFor(std::string_view extension) {
   std::string lower(extension);
   for (char& c : lower) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
-  if (lower == "gif") return eWalker::gif;
-  for (const char* e : {"mp4", "mov", "m4a", "m4v", "3gp", "3g2"}) {
-    if (lower == e) return eWalker::isoMedia;
-  }
-  for (const char* e : {"mpg", "mpeg", "vob"}) {
-    if (lower == e) return eWalker::mpegProgram;
+  for (const sKind& kind : kKinds) {
+    for (const char* e : kind.extensions) {
+      if (e && lower == e) return kind.walker;
+    }
   }
   return eWalker::none;
 }
 
 unsigned long long walkLength(eWalker walker, cByteSource& source, unsigned long long start,
-                              unsigned long long limit) {
+                              unsigned long long limit, unsigned long long* reached) {
+  if (reached) *reached = start;
   if (start >= source.size()) return 0;
-  const unsigned long long end = start + std::min(limit, source.size() - start);
-  switch (walker) {
-  case eWalker::gif:
-    return walkGif(source, start, end);
-  case eWalker::isoMedia:
-    return walkIsoMedia(source, start, end);
-  case eWalker::mpegProgram:
-    return walkMpegProgram(source, start, end);
-  case eWalker::none:
-    break;
-  }
-  return 0;
+  cWalkView view(source, start + std::min(limit, source.size() - start));
+  const tPos length = walkOne(walker, view, start);
+  if (reached) *reached = std::max(start, view.reached());
+  return length;
 }

@@ -1,9 +1,16 @@
 // Structure walkers: find where a file ends by following its own layout, for formats whose
-// end no rule can find. A GIF's trailer byte also occurs inside its image data, and MP4 and
-// MPEG program streams have neither a total size nor a footer; but all three are chains of
-// length-prefixed parts that can be walked from the start.
+// end no rule can find exactly. A GIF's trailer byte also occurs inside its image data, a
+// JPEG holds the end marker of its thumbnail, MP4 and MPEG program streams have neither a
+// total size nor a footer, ELF programs and fonts end where their furthest part ends, and
+// compressed streams end where their decoder (zlib, libbz2, liblzma) says they do.
+//
+// A walk reads only from its start up to the limit it is given, and stops with no length
+// when the structure is broken, cut short or longer than the limit. Decoders also stop
+// when a stream would decode to far more than it holds (a bomb), so a walk's time is
+// bounded by the bytes it may read.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <vector>
@@ -18,6 +25,9 @@ public:
   // n bytes (n <= kMaxRead) at offset, valid until the next call; nullptr when they are not
   // all there or cannot be read.
   virtual const unsigned char* at(unsigned long long offset, unsigned int n) = 0;
+  // Up to n bytes from offset, in one piece, valid until the next call; n becomes how many
+  // (at least one). nullptr when there is nothing at offset.
+  virtual const unsigned char* span(unsigned long long offset, unsigned long long& n) = 0;
 };
 
 // A source held in memory (or mapped).
@@ -27,6 +37,11 @@ public:
   unsigned long long size() const override { return mySize; }
   const unsigned char* at(unsigned long long offset, unsigned int n) override {
     return offset <= mySize && n <= mySize - offset ? myData + offset : nullptr;
+  }
+  const unsigned char* span(unsigned long long offset, unsigned long long& n) override {
+    if (offset >= mySize || n == 0) return nullptr;
+    n = std::min(n, mySize - offset);
+    return myData + offset;
   }
 
 private:
@@ -40,8 +55,11 @@ public:
   cFileSource(int fd, unsigned long long size) : myFd(fd), mySize(size), myWindow(64 * 1024) {}
   unsigned long long size() const override { return mySize; }
   const unsigned char* at(unsigned long long offset, unsigned int n) override;
+  const unsigned char* span(unsigned long long offset, unsigned long long& n) override;
 
 private:
+  bool load(unsigned long long offset, unsigned long long n);
+
   int myFd;
   unsigned long long mySize;
   std::vector<unsigned char> myWindow;
@@ -49,13 +67,33 @@ private:
   size_t myHave = 0;
 };
 
-enum class eWalker { none, gif, isoMedia, mpegProgram };
+enum class eWalker {
+  none,
+  gif,
+  isoMedia,
+  mpegProgram,
+  jpeg,
+  png,
+  tiff,
+  zip,
+  pdf,
+  elf,
+  font,
+  gzip,
+  bzip2,
+  xz,
+  sevenZip,
+  sqlite,
+  count // the number of kinds, none included
+};
 
 // The walker for files with that extension: gif; mp4, mov, m4a, m4v, 3gp, 3g2; mpg, mpeg,
-// vob.
+// vob; jpg, jpeg; png; tif, tiff; zip and the formats built on it (docx, xlsx, pptx, odt,
+// ods, odp, epub, jar, apk); pdf; elf, so, o; ttf, otf; gz, tgz; bz2; xz; 7z; sqlite, db.
 eWalker walkerFor(std::string_view extension);
 
 // The length of the file of that format that starts at start, reading no further than
 // start + limit; 0 when the structure is broken before it ends or runs past the limit.
+// reached, when given, receives the end of the furthest byte the walk read.
 unsigned long long walkLength(eWalker walker, cByteSource& source, unsigned long long start,
-                              unsigned long long limit);
+                              unsigned long long limit, unsigned long long* reached = nullptr);
