@@ -9,7 +9,7 @@ build=(cmake ninja-build g++ pkg-config zlib1g-dev libbz2-dev liblzma-dev libx11
 tests=(libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth xdotool xclip imagemagick
        clang libfuzzer-14-dev clang-format python3 sox libsox-fmt-all ffmpeg ghostscript
        desktop-file-utils shared-mime-info libglib2.0-bin openbox x11-xserver-utils dmz-cursor-theme
-       libxfixes-dev)
+       libxfixes-dev fonts-urw-base35)
 # run.sh without a display: the editor under a private Xvfb, photographed.
 run=(xvfb x11-utils xdotool imagemagick)
 # The carvers that bench/carvers.py compares qvraci-rules with, and GNU time.

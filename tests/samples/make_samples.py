@@ -189,6 +189,9 @@ def databases():
 
 def fonts():
     shutil.copyfile("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", path("font.ttf"))
+    # CFF outlines (OTTO), from the fonts Ghostscript uses.
+    shutil.copyfile("/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf",
+                    path("font.otf"))
 
 
 def main():

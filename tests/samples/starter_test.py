@@ -65,6 +65,7 @@ EXPECTED = {
     "module.pyc": ("Programs/Python bytecode", False),
     "store.sqlite": ("Databases/SQLite database/SQLite database, 4 KiB pages", True),
     "font.ttf": ("Fonts/TrueType font", True),
+    "font.otf": ("Fonts/OpenType font", True),
 }
 BLOCK = 512
 # Passive definitions start a file only when none is open, so in the image each of these
