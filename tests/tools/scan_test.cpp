@@ -6,6 +6,8 @@
 
 #include "qvraci-rules/scan.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 using bytes = std::vector<unsigned char>;
@@ -168,6 +170,52 @@ TEST(ScanPolicy, AWalkedFileCountsAsOpenUpToItsEnd) {
   put(image, 1536, "..");
   EXPECT_EQ(scanned(t, image),
             (std::vector<std::string>{"0+1306 gif structure", "1024+3072 active source end"}));
+}
+
+TEST(ScanPolicy, AWalkedFilesOwnPartsAreNotFiles) {
+  cCustomSignaturesTree t;
+  cScanSignature* zip = def(t, "zip", "'PK' 03 04", 2);
+  zip->ext.set("zip");
+  // A stored archive whose second local header falls on a block boundary.
+  const std::string name = "a", data(600, 'd');
+  const auto local = [&] {
+    return std::string("PK\x03\x04", 4) + std::string(22, '\0') + "\x01\x00\x00\x00"s + name;
+  };
+  std::string archive = local() + std::string(512 - 31, 'd') + local() + data;
+  const std::string central = "PK\x01\x02"s + std::string(42, '\0');
+  const size_t cd = archive.size();
+  archive += central + "PK\x05\x06"s + std::string(6, '\0') + "\x01\x00"s +
+             static_cast<char>(central.size()) + std::string(3, '\0') +
+             static_cast<char>(cd & 0xFF) + static_cast<char>(cd >> 8) + std::string(2, '\0') +
+             std::string(2, '\0');
+  bytes image(4096, 0x11);
+  put(image, 0, archive);
+  EXPECT_EQ(scanned(t, image),
+            (std::vector<std::string>{"0+" + std::to_string(archive.size()) + " zip structure"}));
+}
+
+TEST(ScanPolicy, WalksAreNotRepeatedOverBytesAWalkOfTheirKindRead) {
+  // Every block starts a GIF whose sub-blocks run on to the end of the source: the first
+  // walk reads it all and fails; the later starts are left to the end rules.
+  cCustomSignaturesTree t;
+  cScanSignature* gif = def(t, "gif", "'GIF8'", 2);
+  gif->ext.set("gif");
+  // Two sub-blocks of 255 bytes per block hold the next block's header.
+  const std::string head =
+      "GIF89a\x01\x00\x01\x00\x00\x00\x00\x2c\x00\x00\x00\x00\x01\x00\x01\x00\x00\x02"s;
+  bytes image(64 * 512, 0x01);
+  for (size_t at = 0; at < image.size(); at += 512) {
+    put(image, at, head);
+    image[at + head.size()] = image[at + head.size() + 256] = 255;
+  }
+  cRawScanner scanner(t, {512, 1 << 20, true});
+  std::vector<std::string> ends;
+  scanner.scanBytes(image.data(), image.size(),
+                    [&](const sFoundFile& f) { ends.push_back(f.how); });
+  std::vector<std::string> expected(63, "next start");
+  expected.push_back("source end");
+  EXPECT_EQ(ends, expected);
+  EXPECT_EQ(scanner.walksSkipped(), 63u);
 }
 
 } // namespace
