@@ -21,14 +21,18 @@ struct sRun {
   std::string out;
 };
 
-sRun run(const std::string& args) {
-  const std::string command = std::string(QVRACI_RULES) + " " + args + " 2>&1";
+sRun sh(const std::string& command) {
   FILE* p = popen(command.c_str(), "r");
   std::string out;
   char buf[4096];
   for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
   const int status = pclose(p);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+// Standard output, and standard error with it unless quiet.
+sRun run(const std::string& args, bool quiet = false) {
+  return sh(std::string(QVRACI_RULES) + " " + args + (quiet ? " 2>/dev/null" : " 2>&1"));
 }
 
 class cCliTest : public testing::Test {
@@ -149,17 +153,21 @@ TEST_F(cCliTest, MatchSaysWhy) {
 }
 
 TEST_F(cCliTest, ScanReportsAndCarves) {
-  const sRun csv = run("scan " + rules + " " + sample + " --report csv");
+  const sRun csv = run("scan " + rules + " " + sample + " --report csv", true);
   EXPECT_EQ(csv.status, 0);
   EXPECT_EQ(csv.out, "offset,length,definition,extension,ended\n"
                      "1024,602,\"JPEG image\",\"jpg\",end rule\n");
   const sRun json = run("scan " + rules + " " + sample + " --report json");
   EXPECT_NE(json.out.find("\"definition\": \"JPEG image\""), std::string::npos) << json.out;
   // Files start on block boundaries: with 4096-byte blocks the one at 1024 is not seen.
-  EXPECT_EQ(run("scan " + rules + " " + sample + " --report json --block 4096").out, "[\n]\n");
-  const std::string carved = dir + "/carved";
-  ASSERT_EQ(mkdir(carved.c_str(), 0755), 0);
-  EXPECT_EQ(run("scan " + rules + " " + sample + " --carve " + carved).status, 0);
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --report json --block 4096", true).out,
+            "[\n]\n");
+  const std::string carved = dir + "/carved"; // made by the scan
+  const sRun carving = run("scan " + rules + " " + sample + " --carve " + carved);
+  EXPECT_EQ(carving.status, 0);
+  // The summary, on standard error: files per extension and per way of ending.
+  EXPECT_NE(carving.out.find("qvraci-rules: 1 files in "), std::string::npos) << carving.out;
+  EXPECT_NE(carving.out.find("  jpg           1  end rule 1\n"), std::string::npos) << carving.out;
   EXPECT_EQ(read(carved + "/000000000400.jpg"), read(sample).substr(1024, 602));
   const sRun twice = run("scan " + rules + " " + sample + " --carve " + carved);
   EXPECT_EQ(twice.status, 1);
@@ -175,8 +183,36 @@ TEST_F(cCliTest, ErrorsAreOneLineAndNonZero) {
   EXPECT_EQ(run("scan " + rules + " " + sample + " --bogus").status, 2);
   const sRun missing = run("scan " + rules + " /nonexistent/image");
   EXPECT_EQ(missing.status, 1);
-  EXPECT_NE(missing.out.find("/nonexistent/image: cannot be opened"), std::string::npos);
-  EXPECT_EQ(run("show " + sample).status, 1);
+  EXPECT_NE(missing.out.find("qvraci-rules: /nonexistent/image: cannot be opened"),
+            std::string::npos);
+  const sRun notRules = run("show " + sample);
+  EXPECT_EQ(notRules.status, 1);
+  EXPECT_EQ(notRules.out.rfind("qvraci-rules: ", 0), 0u) << notRules.out;
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --max-size 64Q").status, 2);
+}
+
+TEST_F(cCliTest, WhatAFirstTimeUserTries) {
+  EXPECT_EQ(run("--version").out, "qvraci-rules 2.0\n");
+  for (const char* help : {"scan --help", "scan -h", "--help", "help"}) {
+    const sRun shown = run(help);
+    EXPECT_EQ(shown.status, 0) << help;
+    EXPECT_EQ(shown.out.rfind("usage: qvraci-rules COMMAND", 0), 0u) << help;
+  }
+  const std::string expected = "offset,length,definition,extension,ended\n"
+                               "1024,602,\"JPEG image\",\"jpg\",end rule\n";
+  // Sizes with units; a definition text where a rules file is expected; standard input.
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --report csv --max-size 64M", true).out,
+            expected);
+  const std::string text = dir + "/rules.txt";
+  write(text, run("export " + rules, true).out);
+  EXPECT_EQ(run("scan " + text + " " + sample + " --report csv", true).out, expected);
+  EXPECT_EQ(run("scan " + rules + " - --report csv < " + sample, true).out, expected);
+  const sRun piped =
+      sh("cat " + sample + " | " + QVRACI_RULES + " scan " + rules + " - --report csv 2>&1");
+  EXPECT_NE(piped.out.find(expected), std::string::npos) << piped.out;
+  EXPECT_NE(piped.out.find("qvraci-rules: - is read as a stream: structures are not walked"),
+            std::string::npos)
+      << piped.out;
 }
 
 } // namespace

@@ -4,7 +4,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include <string_view>
+
 #include "base/files.h"
+#include "zorb/csigtext.h"
 
 std::string hitModeText(int hitMode) {
   switch (hitMode) {
@@ -87,12 +90,40 @@ std::string loadResultText(int result) {
 bool loadRules(const char* path, cCustomSignaturesTree& tree) {
   cFileIO file;
   if (!file.open(path, fmRead)) {
-    std::fprintf(stderr, "%s: cannot be opened: %s\n", path, std::strerror(errno));
+    std::fprintf(stderr, "qvraci-rules: %s: cannot be opened: %s\n", path, std::strerror(errno));
+    return false;
+  }
+  // A definition text where a rules file is expected is built in memory.
+  static constexpr std::string_view kTextHeader = "qvraci-rules text";
+  char head[kTextHeader.size()] = {};
+  const bool text = file.size() >= kTextHeader.size() && file.readf(head, sizeof head) &&
+                    std::string_view(head, sizeof head) == kTextHeader;
+  if (text) {
+    constexpr unsigned long long kMaxText = 64ull << 20;
+    if (file.size() > kMaxText) {
+      std::fprintf(stderr, "qvraci-rules: %s: too large for a definition text\n", path);
+      return false;
+    }
+    std::string all(static_cast<size_t>(file.size()), '\0');
+    if (!file.set_fp(0) || !file.readf(all.data(), static_cast<unsigned int>(all.size()))) {
+      std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
+      return false;
+    }
+    sRulesTextError error;
+    if (!rulesFromText(all, tree, error)) {
+      const std::string where = error.line ? ":" + std::to_string(error.line) : "";
+      std::fprintf(stderr, "qvraci-rules: %s%s: %s\n", path, where.c_str(), error.message.c_str());
+      return false;
+    }
+    return true;
+  }
+  if (!file.set_fp(0)) {
+    std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
     return false;
   }
   const int result = tree.load(&file);
   if (result != 0) {
-    std::fprintf(stderr, "%s: %s\n", path, loadResultText(result).c_str());
+    std::fprintf(stderr, "qvraci-rules: %s: %s\n", path, loadResultText(result).c_str());
     return false;
   }
   return true;

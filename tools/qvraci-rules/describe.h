@@ -13,5 +13,6 @@ std::string ruleText(const cScanSigEndRule& rule);
 std::string definitionPath(const cScanSignature* node); // "ZIP archive/DOCX"
 // A load result as a sentence.
 std::string loadResultText(int result);
-// Loads a rules file; on failure prints "FILE: reason" to stderr and returns false.
+// Loads a rules file, or builds a definition text in memory; on failure prints
+// "qvraci-rules: FILE: reason" to stderr and returns false.
 bool loadRules(const char* path, cCustomSignaturesTree& tree);

@@ -1,12 +1,14 @@
 // qvraci-rules: checks rules files and tests them against real data.
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,7 +33,17 @@ const char kUsage[] =
     "                                     which definition recognises that block\n"
     "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
     "                       [--max-size N] [--no-walk] [--force]\n"
-    "                                     find files in a disk image or device\n";
+    "                                     find files in a disk image, a device, or\n"
+    "                                     standard input (IMAGE -)\n"
+    "\n"
+    "Where a rules file is expected, a definition text (see export) is built in memory.\n"
+    "scan reports one line per file: offset, length, definition path, extension and how\n"
+    "the file ended; --report csv has a header row. Sizes take K, M, G (KiB, MiB, GiB):\n"
+    "--max-size 64M (default 256M). --carve DIR writes each file to DIR (made when\n"
+    "missing). A summary per extension goes to standard error.\n"
+    "qvraci-rules --version, qvraci-rules COMMAND --help\n";
+
+constexpr const char* kVersion = "qvraci-rules 2.0";
 
 int usage(const char* what) {
   std::fprintf(stderr, "qvraci-rules: %s\n%s", what, kUsage);
@@ -46,6 +58,28 @@ int fail(const std::string& what) {
 bool exists(const char* path) {
   struct stat st;
   return stat(path, &st) == 0;
+}
+
+// A size: a number with an optional K, M, G or T (powers of 1024, "KiB" and "KB" alike).
+bool parseSize(const char* text, unsigned long long& out) {
+  if (!text || !*text || text[0] == '-') return false;
+  char* end = nullptr;
+  errno = 0;
+  out = std::strtoull(text, &end, 10);
+  if (errno != 0 || end == text) return false;
+  const std::string unit(end);
+  int shift = 0;
+  if (!unit.empty()) {
+    const std::string units = "KMGT";
+    const size_t at =
+        units.find(static_cast<char>(std::toupper(static_cast<unsigned char>(unit[0]))));
+    const std::string rest = unit.substr(1);
+    if (at == std::string::npos || !(rest.empty() || rest == "B" || rest == "iB")) return false;
+    shift = 10 * static_cast<int>(at + 1);
+  }
+  if (shift && out > (~0ULL >> shift)) return false;
+  out <<= shift;
+  return true;
 }
 
 bool parseNumber(const char* text, unsigned long long& out) {
@@ -364,6 +398,26 @@ bool carve(const char* image, const char* dir, const sFoundFile& f, bool force,
   return true;
 }
 
+// Files found per extension and per way of ending, on stderr.
+void summarise(const std::vector<sFoundFile>& found, unsigned long long walksSkipped,
+               double seconds) {
+  std::map<std::string, std::map<std::string, size_t>> byExtension;
+  for (const sFoundFile& f : found) ++byExtension[f.definition->ext.c_str()][f.how];
+  std::fprintf(stderr, "qvraci-rules: %zu files in %.1f s\n", found.size(), seconds);
+  for (const auto& [extension, hows] : byExtension) {
+    size_t total = 0;
+    std::string ways;
+    for (const auto& [how, count] : hows) {
+      total += count;
+      ways += (ways.empty() ? "" : ", ") + how + " " + std::to_string(count);
+    }
+    std::fprintf(stderr, "  %-8s %6zu  %s\n", extension.c_str(), total, ways.c_str());
+  }
+  if (walksSkipped)
+    std::fprintf(stderr, "  %llu starts lay in bytes already walked: their rules ended them\n",
+                 walksSkipped);
+}
+
 int scan(const sArgs& a) {
   if (a.positional.size() != 2) return usage("scan takes a rules file and an image");
   sScanOptions options;
@@ -374,7 +428,7 @@ int scan(const sArgs& a) {
     options.block = static_cast<unsigned int>(number);
   }
   if (const char* m = a.value("--max-size")) {
-    if (!parseNumber(m, number) || number == 0) return usage("bad --max-size");
+    if (!parseSize(m, number) || number == 0) return usage("bad --max-size (a size: 64M, 1G)");
     options.maxSize = number;
   }
   const std::string report = a.value("--report") ? a.value("--report") : "text";
@@ -382,11 +436,23 @@ int scan(const sArgs& a) {
     return usage("--report is csv or json");
   options.walk = !a.has("--no-walk");
   const char* dir = a.value("--carve");
-  if (dir && !exists(dir)) return fail(std::string(dir) + ": no such folder");
+  if (dir && !exists(dir) && mkdir(dir, 0777) != 0)
+    return fail(std::string(dir) + ": cannot be made: " + std::strerror(errno));
 
   cCustomSignaturesTree tree;
   if (!loadRules(a.positional[0].c_str(), tree)) return 1;
-  const char* image = a.positional[1].c_str();
+  const char* image = a.positional[1] == "-" ? "/dev/stdin" : a.positional[1].c_str();
+  // A pipe cannot be read again at a structure's parts: its files end by their rules.
+  struct stat st;
+  if (options.walk && stat(image, &st) == 0 && !S_ISREG(st.st_mode) && !S_ISBLK(st.st_mode)) {
+    std::fprintf(stderr,
+                 "qvraci-rules: %s is read as a stream: structures are not walked, files "
+                 "end by their rules\n",
+                 a.positional[1].c_str());
+    options.walk = false;
+  }
+  if (dir && a.positional[1] == "-")
+    return fail("--carve needs an image that can be read again, not standard input");
   std::signal(SIGINT, onInterrupt);
   const bool showProgress = isatty(2);
   const auto started = std::chrono::steady_clock::now();
@@ -432,6 +498,8 @@ int scan(const sArgs& a) {
   if (showProgress) std::fprintf(stderr, "\n");
   if (report == "json") std::printf("\n]\n");
   if (!ok) return fail(error);
+  summarise(found, scanner.walksSkipped(),
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count());
   if (gStop) std::fprintf(stderr, "qvraci-rules: stopped; %zu files found so far\n", found.size());
   return carveFailed || gStop ? 1 : 0;
 }
@@ -441,6 +509,17 @@ int scan(const sArgs& a) {
 int main(int argc, char** argv) {
   if (argc < 2) return usage("no command");
   const std::string command = argv[1];
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (arg == "--version") {
+      std::printf("%s\n", kVersion);
+      return 0;
+    }
+    if (arg == "--help" || arg == "-h" || (i == 1 && arg == "help")) {
+      std::printf("%s", kUsage);
+      return 0;
+    }
+  }
   const sArgs a = parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk"},
                             {"--offset", "--block", "--carve", "--report", "--max-size"});
   if (!a.error.empty()) return usage(a.error.c_str());
@@ -451,9 +530,5 @@ int main(int argc, char** argv) {
   if (command == "build") return build(a);
   if (command == "match") return match(a);
   if (command == "scan") return scan(a);
-  if (command == "--help" || command == "help") {
-    std::printf("%s", kUsage);
-    return 0;
-  }
   return usage(("unknown command " + command).c_str());
 }

@@ -96,6 +96,9 @@ bool cRawScanner::walkEnd(cByteSource& source, eWalker walker,
   unsigned long long reached = myOpen.start;
   const unsigned long long length =
       walkLength(walker, source, myOpen.start, myOptions.maxSize, &reached);
+  // A walk that found its end covers the file (it may have looked further ahead in large
+  // pieces); one that did not, all it read.
+  if (length) reached = myOpen.start + length;
   covered = std::max(covered, reached);
   myWalkBudget -= std::min(myWalkBudget, reached - myOpen.start);
   if (length == 0) return false;
@@ -243,7 +246,8 @@ bool cRawScanner::scan(
   size_t have = 0;
   bool atEnd = false;
   unsigned long long pos = 0;
-  while (pos < total && !stop) {
+  // A pipe tells no size: it is read until it ends.
+  while ((pos < total || !atEnd) && !stop) {
     // Keep the block and its lookahead in the buffer.
     if (!atEnd && pos + myOptions.block + kLookahead > bufferPos + have) {
       const size_t keep = static_cast<size_t>(bufferPos + have - pos);
@@ -264,7 +268,8 @@ bool cRawScanner::scan(
         have += static_cast<size_t>(n);
       }
       total = std::max(total, bufferPos + have);
-      if (atEnd) mySourceSize = total = bufferPos + have;
+      if (atEnd) total = bufferPos + have;
+      mySourceSize = total;
       onProgress(pos, total);
     }
     const unsigned long long left = bufferPos + have - pos;
