@@ -87,6 +87,28 @@ std::string loadResultText(int result) {
   }
 }
 
+bool buildRulesText(const char* path, cFileIO& file, cCustomSignaturesTree& tree) {
+  constexpr unsigned long long kMaxText = 64ull << 20;
+  const unsigned long long size = file.size();
+  if (size > kMaxText) {
+    std::fprintf(stderr, "qvraci-rules: %s: too large for a definition text (over %llu MiB)\n",
+                 path, kMaxText >> 20);
+    return false;
+  }
+  std::string text(static_cast<size_t>(size), '\0');
+  if (!file.set_fp(0) || (size && !file.readf(text.data(), static_cast<unsigned int>(size)))) {
+    std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
+    return false;
+  }
+  sRulesTextError error;
+  if (!rulesFromText(text, tree, error)) {
+    const std::string where = error.line ? ":" + std::to_string(error.line) : "";
+    std::fprintf(stderr, "qvraci-rules: %s%s: %s\n", path, where.c_str(), error.message.c_str());
+    return false;
+  }
+  return true;
+}
+
 bool loadRules(const char* path, cCustomSignaturesTree& tree) {
   cFileIO file;
   if (!file.open(path, fmRead)) {
@@ -96,27 +118,9 @@ bool loadRules(const char* path, cCustomSignaturesTree& tree) {
   // A definition text where a rules file is expected is built in memory.
   static constexpr std::string_view kTextHeader = "qvraci-rules text";
   char head[kTextHeader.size()] = {};
-  const bool text = file.size() >= kTextHeader.size() && file.readf(head, sizeof head) &&
-                    std::string_view(head, sizeof head) == kTextHeader;
-  if (text) {
-    constexpr unsigned long long kMaxText = 64ull << 20;
-    if (file.size() > kMaxText) {
-      std::fprintf(stderr, "qvraci-rules: %s: too large for a definition text\n", path);
-      return false;
-    }
-    std::string all(static_cast<size_t>(file.size()), '\0');
-    if (!file.set_fp(0) || !file.readf(all.data(), static_cast<unsigned int>(all.size()))) {
-      std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
-      return false;
-    }
-    sRulesTextError error;
-    if (!rulesFromText(all, tree, error)) {
-      const std::string where = error.line ? ":" + std::to_string(error.line) : "";
-      std::fprintf(stderr, "qvraci-rules: %s%s: %s\n", path, where.c_str(), error.message.c_str());
-      return false;
-    }
-    return true;
-  }
+  if (file.size() >= kTextHeader.size() && file.readf(head, sizeof head) &&
+      std::string_view(head, sizeof head) == kTextHeader)
+    return buildRulesText(path, file, tree);
   if (!file.set_fp(0)) {
     std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
     return false;

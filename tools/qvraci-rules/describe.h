@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/files.h"
 #include "zorb/customsig.h"
 
 std::string hitModeText(int hitMode);       // "Always (active)", ...
@@ -13,6 +14,9 @@ std::string ruleText(const cScanSigEndRule& rule);
 std::string definitionPath(const cScanSignature* node); // "ZIP archive/DOCX"
 // A load result as a sentence.
 std::string loadResultText(int result);
+// Builds a tree from the definition text in file (at most 64 MiB); on failure prints
+// "qvraci-rules: FILE[:LINE]: reason" to stderr and returns false.
+bool buildRulesText(const char* path, cFileIO& file, cCustomSignaturesTree& tree);
 // Loads a rules file, or builds a definition text in memory; on failure prints
 // "qvraci-rules: FILE: reason" to stderr and returns false.
 bool loadRules(const char* path, cCustomSignaturesTree& tree);

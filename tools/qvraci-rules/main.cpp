@@ -208,39 +208,16 @@ int exportText(const sArgs& a) {
   return 0;
 }
 
-// Reads a whole text file of at most `limit` bytes.
-bool readText(const std::string& path, unsigned long long limit, std::string& text) {
-  cFileIO file;
-  if (!file.open(path.c_str(), fmRead)) {
-    fail(path + ": cannot be opened: " + std::strerror(errno));
-    return false;
-  }
-  const unsigned long long size = file.size();
-  if (size > limit) {
-    fail(path + ": too large for a definition text (over " + std::to_string(limit >> 20) + " MiB)");
-    return false;
-  }
-  text.resize(static_cast<size_t>(size));
-  if (size && !file.readf(text.data(), static_cast<unsigned int>(size))) {
-    fail(path + ": read failure");
-    return false;
-  }
-  return true;
-}
-
 int build(const sArgs& a) {
   if (a.positional.size() != 2) return usage("build takes a text file and an output file");
   const std::string& source = a.positional[0];
   const char* out = a.positional[1].c_str();
   if (exists(out) && !a.has("--force")) return fail(std::string(out) + ": exists (use --force)");
-  std::string text;
-  if (!readText(source, 64ull << 20, text)) return 1;
+  cFileIO text;
+  if (!text.open(source.c_str(), fmRead))
+    return fail(source + ": cannot be opened: " + std::strerror(errno));
   cCustomSignaturesTree tree;
-  sRulesTextError error;
-  if (!rulesFromText(text, tree, error)) {
-    const std::string where = error.line ? ":" + std::to_string(error.line) : "";
-    return fail(source + where + ": " + error.message);
-  }
+  if (!buildRulesText(source.c_str(), text, tree)) return 1;
   cMemoryTarget bytes;
   if (tree.save(&bytes) != 0) return fail("the tree could not be saved");
   cFileIO file;

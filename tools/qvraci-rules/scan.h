@@ -33,7 +33,6 @@
 #include <atomic>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "startgate.h"
