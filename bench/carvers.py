@@ -2,16 +2,24 @@
 """Compares `qvraci-rules scan` with the open-source carvers photorec, foremost and scalpel
 on a synthetic disk image with a known layout.
 
-    bench/carvers.py [--size-mib 512] [--seed 1] [--work DIR] [--tools a,b,...]
-                     [--rules PATH-TO-qvraci-rules]
+    bench/carvers.py [--size-mib 512] [--seed 1] [--packages] [--work DIR]
+                     [--tools a,b,...] [--rules PATH-TO-qvraci-rules]
 
-The image holds random filler, text runs, zero runs and real files of twelve common types
-(made here by ImageMagick, Ghostscript, sox, ffmpeg and Python), each starting on a
-512-byte sector; the same size and seed give the same image. Every tool looks for the same
-twelve types. Its output is judged by content: a carved file that equals a placed file is
-exact; one that holds a placed file's first sector but differs is partial; anything else
-is a false positive. Prints one table: wall time, MB/s, peak memory, exact, partial, false
-positives, and the reading speed of the image from the page cache for scale.
+The image holds random filler, text runs, zero runs and real files; the same size, seed
+and source give the same image. Most files start on a 512-byte sector; one in five starts
+at any byte, as files embedded in others do. The files are of twelve common types, made
+here by ImageMagick, Ghostscript, sox, ffmpeg and Python, and every tool looks for those
+twelve; or, with --packages, files that the machine's packages installed (icons, fonts,
+manuals, documentation, libraries, programs, archives), and every tool looks for all it
+knows.
+
+A tool's output is judged by content: a carved file that equals a placed file is exact;
+one that holds a placed file's first sector but differs is partial; one that lies within
+a placed file (a thumbnail in a photo, an archive's member) is inner; anything else is a
+false positive. Prints one table: wall time, MB/s, peak memory, exact, partial, inner,
+false positives, and the reading speed of the image from the page cache for scale. The
+qvraci rows are the scan with the report only, with carving, and both again with
+--align 1.
 """
 
 import argparse
@@ -93,6 +101,61 @@ def make_pool(folder):
     return pool
 
 
+# Leading bytes of the types that the packages' files are chosen from.
+MAGICS = [(b"\x89PNG", "png"), (b"\xff\xd8\xff", "jpg"), (b"GIF8", "gif"), (b"%PDF-", "pdf"),
+          (b"PK\x03\x04", "zip"), (b"\x1f\x8b\x08", "gz"), (b"BZh", "bz2"),
+          (b"\xfd7zXZ\x00", "xz"), (b"\x7fELF", "elf"), (b"\x00\x01\x00\x00\x00", "ttf"),
+          (b"OTTO", "otf"), (b"II*\x00", "tif"), (b"MM\x00*", "tif"), (b"OggS", "ogg"),
+          (b"<?xml", "xml"), (b"<!DOCTYPE html", "html"), (b"<!doctype html", "html"),
+          (b"<html", "html"), (b"SQLite format 3\x00", "sqlite")]
+PACKAGE_ROOTS = ["/usr/share/icons", "/usr/share/fonts", "/usr/share/man", "/usr/share/doc",
+                 "/usr/share/pixmaps", "/usr/share/maven-repo", "/usr/share/sounds",
+                 "/usr/lib/x86_64-linux-gnu", "/usr/bin"]
+
+
+def package_pool(size, seed):
+    """Real files from the machine's packages, of the types in MAGICS: at most a tenth of
+    them of one type, none larger than 16 MiB, about size bytes in all."""
+    by_type = {}
+    seen = set()
+    for root in PACKAGE_ROOTS:
+        for folder, dirs, files in os.walk(root):
+            dirs.sort()
+            for name in sorted(files):
+                path = os.path.join(folder, name)
+                try:
+                    if not os.path.isfile(path) or os.path.islink(path):
+                        continue
+                    length = os.path.getsize(path)
+                    if length < 64 or length > 16 << 20:
+                        continue
+                    with open(path, "rb") as f:
+                        head = f.read(16)
+                except OSError:
+                    continue
+                kind = next((k for m, k in MAGICS if head.startswith(m)), None)
+                if kind:
+                    by_type.setdefault(kind, []).append((path, length))
+    rng = random.Random(seed)
+    chosen, total = [], 0
+    share = size // 10
+    for kind in sorted(by_type):
+        files = by_type[kind]
+        rng.shuffle(files)
+        used = 0
+        for path, length in files:
+            if used + length > share:
+                continue
+            digest = hashlib.sha1(open(path, "rb").read()).digest()
+            if digest in seen:
+                continue
+            seen.add(digest)
+            chosen.append(path)
+            used += length
+        total += used
+    return sorted(chosen), total
+
+
 def build_image(path, size, seed, pool):
     """Files and filler until the image has `size` bytes; returns the placed files as
     (offset, length, sample path)."""
@@ -106,12 +169,14 @@ def build_image(path, size, seed, pool):
             if kind < 0.5:
                 sample = rng.choice(pool)
                 data = contents[sample]
-                if out.tell() + len(data) > size:
+                if out.tell() + len(data) + SECTOR > size:
                     break
+                if rng.random() < 0.2:  # embedded: starts at any byte
+                    out.write(rng.randbytes(rng.randint(1, SECTOR - 1)))
                 placed.append((out.tell(), len(data), sample))
                 out.write(data)
                 # Whatever follows starts on the next sector.
-                out.write(rng.randbytes(-len(data) % SECTOR))
+                out.write(rng.randbytes(-out.tell() % SECTOR))
             elif kind < 0.75:
                 out.write(rng.randbytes(SECTOR * rng.randint(1, 256)))
             elif kind < 0.9:
@@ -166,12 +231,17 @@ html n 5000000 <!DOCTYPE\x20html </html>\x0a
 """
 
 
-def tool_commands(name, image, out, work, rules):
-    qrrs = os.path.join(work, "twelve.qrrs")
-    if name == "qvraci-rules":
-        return [[rules, "scan", qrrs, image, "--carve", out, "--report", "csv"]]
-    if name == "qvraci-report":  # the scan alone: the report, without writing the files
-        return [[rules, "scan", qrrs, image, "--report", "csv"]]
+def tool_commands(name, image, out, work, rules, everything):
+    qrrs = os.path.join(work, "definitions.qrrs")
+    if name.startswith("qvraci-"):
+        command = [rules, "scan", qrrs, image, "--report", "csv"]
+        if name.endswith("-a1"):
+            command += ["--align", "1"]
+        if name.startswith("qvraci-rules"):
+            command += ["--carve", out]
+        return [command]  # qvraci-report: the scan alone, without writing the files
+    if everything:
+        return everything_commands(name, image, out, work)
     if name == "photorec":
         # photorec names its file families: riff covers AVI and WAV, mov covers MP4, and
         # txt covers HTML.
@@ -183,6 +253,21 @@ def tool_commands(name, image, out, work, rules):
     if name == "foremost":
         return [["foremost", "-Q", "-q", "-t", "jpg,png,gif,bmp,pdf,zip,wav,avi,mov,mpg,wmv,htm",
                  "-i", image, "-o", os.path.join(out, "f")]]
+    if name == "scalpel":
+        conf = os.path.join(work, "scalpel.conf")
+        with open(conf, "w") as f:
+            f.write(SCALPEL_CONF)
+        return [["scalpel", "-c", conf, "-o", os.path.join(out, "f"), image]]
+    raise SystemExit("unknown tool " + name)
+
+
+def everything_commands(name, image, out, work):
+    """The other tools with every type they know."""
+    if name == "photorec":
+        return [["photorec", "/log", "/d", os.path.join(out, "f"), "/cmd", image,
+                 "fileopt,everything,enable,search"]]
+    if name == "foremost":
+        return [["foremost", "-Q", "-q", "-t", "all", "-i", image, "-o", os.path.join(out, "f")]]
     if name == "scalpel":
         conf = os.path.join(work, "scalpel.conf")
         with open(conf, "w") as f:
@@ -206,13 +291,13 @@ def timed(command, cwd):
     return elapsed, peak_kib * 1024
 
 
-def judge(out, placed, contents):
-    """(exact, partial, false positives) of the files under out."""
+def judge(out, placed, contents, bodies):
+    """(exact, partial, inner, false positives) of the files under out."""
     wanted = {}
     for _, _, sample in placed:
         wanted[contents[sample][0]] = wanted.get(contents[sample][0], 0) + 1
     heads = {contents[s][1]: s for _, _, s in placed}
-    exact = partial = false = 0
+    exact = partial = inner = false = 0
     for folder, _, files in os.walk(out):
         for name in files:
             path = os.path.join(folder, name)
@@ -226,9 +311,11 @@ def judge(out, placed, contents):
                 exact += 1
             elif hashlib.sha1(data[:SECTOR]).digest() in heads:
                 partial += 1
+            elif data and any(data in body for body in bodies):
+                inner += 1
             else:
                 false += 1
-    return exact, partial, false
+    return exact, partial, inner, false
 
 
 def read_speed(image):
@@ -247,55 +334,101 @@ def main():
     parser.add_argument("--size-mib", type=int, default=512)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--work", default=os.path.join(ROOT, "build", "carvers"))
-    parser.add_argument("--tools",
-                        default="qvraci-report,qvraci-rules,photorec,foremost,scalpel")
+    parser.add_argument("--tools", default="qvraci-report,qvraci-rules,qvraci-report-a1,"
+                        "qvraci-rules-a1,photorec,foremost,scalpel")
+    parser.add_argument("--packages", action="store_true",
+                        help="real files from the machine's packages, all types")
     parser.add_argument("--rules", default=os.path.join(
         ROOT, "build", "release", "tools", "qvraci-rules", "qvraci-rules"))
     a = parser.parse_args()
 
     work = os.path.abspath(a.work)
     os.makedirs(work, exist_ok=True)
-    pool_dir = os.path.join(work, "pool")
-    if not os.path.isdir(pool_dir):
-        print("making the sample files ...", file=sys.stderr)
-        make_pool(pool_dir)
-    pool = sorted(os.path.join(pool_dir, n) for n in os.listdir(pool_dir))
-    contents = {}
+    size = a.size_mib << 20
+    if a.packages:
+        pool, total = package_pool(size * 3 // 5, a.seed)
+        print("%d package files, %d MiB" % (len(pool), total >> 20), file=sys.stderr)
+    else:
+        pool_dir = os.path.join(work, "pool")
+        if not os.path.isdir(pool_dir):
+            print("making the sample files ...", file=sys.stderr)
+            make_pool(pool_dir)
+        pool = sorted(os.path.join(pool_dir, n) for n in os.listdir(pool_dir))
+    contents, bodies = {}, []
     for p in pool:
         data = open(p, "rb").read()
         contents[p] = (hashlib.sha1(data).digest(), hashlib.sha1(data[:SECTOR]).digest())
+        bodies.append(data)
 
-    image = os.path.join(work, "image-%dMiB-seed%d.bin" % (a.size_mib, a.seed))
+    source = "packages" if a.packages else "seed%d" % a.seed
+    image = os.path.join(work, "image-%dMiB-%s.bin" % (a.size_mib, source))
     print("building the image ...", file=sys.stderr)
-    placed = build_image(image, a.size_mib << 20, a.seed, pool)
-    with open(os.path.join(work, "truth.csv"), "w") as f:
+    # Package files are placed once each, in an order of their own.
+    placed = (build_package_image(image, size, a.seed, pool) if a.packages
+              else build_image(image, size, a.seed, pool))
+    with open(os.path.join(work, "truth-%s.csv" % source), "w") as f:
         f.write("offset,length,file\n")
         for offset, length, sample in placed:
-            f.write("%d,%d,%s\n" % (offset, length, os.path.basename(sample)))
+            f.write("%d,%d,%s\n" % (offset, length, sample))
 
-    text = qvraci_rules_text(os.path.join(ROOT, "examples", "common.txt"), set(TYPES))
-    with open(os.path.join(work, "twelve.txt"), "w") as f:
-        f.write(text)
-    run(a.rules, "build", os.path.join(work, "twelve.txt"), os.path.join(work, "twelve.qrrs"),
-        "--force")
+    if a.packages:
+        shutil.copy(os.path.join(ROOT, "examples", "common.qrrs"),
+                    os.path.join(work, "definitions.qrrs"))
+    else:
+        text = qvraci_rules_text(os.path.join(ROOT, "examples", "common.txt"), set(TYPES))
+        with open(os.path.join(work, "twelve.txt"), "w") as f:
+            f.write(text)
+        run(a.rules, "build", os.path.join(work, "twelve.txt"),
+            os.path.join(work, "definitions.qrrs"), "--force")
 
-    size = a.size_mib << 20
-    print("%d files placed in %d MiB; reading the image from the page cache: %.0f MB/s\n" %
-          (len(placed), a.size_mib, size / read_speed(image) / 1e6))
-    print("%-13s %9s %9s %10s %7s %8s %8s" %
-          ("tool", "wall s", "MB/s", "peak MiB", "exact", "partial", "false+"))
+    aligned = sum(1 for offset, _, _ in placed if offset % SECTOR == 0)
+    print("%d files placed in %d MiB (%s), %d on sector boundaries; reading the image from "
+          "the page cache: %.0f MB/s\n" % (len(placed), a.size_mib, source, aligned,
+                                            size / read_speed(image) / 1e6))
+    print("%-17s %7s %7s %9s %6s %8s %6s %7s" %
+          ("tool", "wall s", "MB/s", "peak MiB", "exact", "partial", "inner", "false+"))
     for name in a.tools.split(","):
         out = os.path.join(work, "out-" + name)
         shutil.rmtree(out, ignore_errors=True)
         os.makedirs(out)
         elapsed, peak = 0.0, 0
-        for command in tool_commands(name, image, out, work, a.rules):
+        for command in tool_commands(name, image, out, work, a.rules, a.packages):
             e, p = timed(command, cwd=out)
             elapsed += e
             peak = max(peak, p)
-        exact, partial, false = judge(out, placed, contents)
-        print("%-13s %9.2f %9.0f %10.1f %7d %8d %8d" %
-              (name, elapsed, size / elapsed / 1e6, peak / 2**20, exact, partial, false))
+        if name.startswith("qvraci-report"):
+            print("%-17s %7.2f %7.0f %9.1f %6s %8s %6s %7s" %
+                  (name, elapsed, size / elapsed / 1e6, peak / 2**20, "", "", "", ""))
+            continue
+        exact, partial, inner, false = judge(out, placed, contents, bodies)
+        print("%-17s %7.2f %7.0f %9.1f %6d %8d %6d %7d" %
+              (name, elapsed, size / elapsed / 1e6, peak / 2**20, exact, partial, inner, false))
+
+
+def build_package_image(path, size, seed, pool):
+    """Each file once, in a random order, with filler between; returns the placed files
+    as (offset, length, path)."""
+    rng = random.Random(seed)
+    order = list(pool)
+    rng.shuffle(order)
+    placed = []
+    with open(path, "wb") as out:
+        for sample in order:
+            data = open(sample, "rb").read()
+            if out.tell() + len(data) + 2 * SECTOR > size:
+                continue
+            filler = rng.random()
+            if filler < 0.3:
+                out.write(rng.randbytes(SECTOR * rng.randint(1, 8)))
+            elif filler < 0.4:
+                out.write(bytes(SECTOR * rng.randint(1, 8)))
+            if rng.random() < 0.2:
+                out.write(rng.randbytes(rng.randint(1, SECTOR - 1)))
+            placed.append((out.tell(), len(data), sample))
+            out.write(data)
+            out.write(rng.randbytes(-out.tell() % SECTOR))
+        out.truncate(size)
+    return placed
 
 
 if __name__ == "__main__":

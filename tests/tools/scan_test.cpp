@@ -40,9 +40,10 @@ void put(bytes& image, size_t at, const std::string& s) {
 }
 
 std::vector<std::string> scanned(cCustomSignaturesTree& t, const bytes& image, unsigned block = 512,
-                                 unsigned long long cap = 1 << 20, bool walk = true) {
+                                 unsigned long long cap = 1 << 20, bool walk = true,
+                                 unsigned align = 0) {
   std::vector<std::string> out;
-  cRawScanner scanner(t, {block, cap, walk});
+  cRawScanner scanner(t, {block, cap, walk, align});
   scanner.scanBytes(image.data(), image.size(), [&](const sFoundFile& f) {
     out.push_back(std::to_string(f.offset) + "+" + std::to_string(f.length) + " " +
                   f.definition->name.c_str() + " " + f.how);
@@ -170,6 +171,35 @@ TEST(ScanPolicy, AWalkedFileCountsAsOpenUpToItsEnd) {
   put(image, 1536, "..");
   EXPECT_EQ(scanned(t, image),
             (std::vector<std::string>{"0+1306 gif structure", "1024+3072 active source end"}));
+}
+
+TEST(ScanPolicy, AnAlignmentOfOneFindsFilesEmbeddedAtAnyOffset) {
+  cCustomSignaturesTree t;
+  def(t, "gif", "'GIF8'", 2)->ext.set("gif");
+  def(t, "jpg", "FF D8 FF", 2)->ext.set("jpg");
+  // A GIF of five full sub-blocks, the fourth of which holds a JPEG at an odd offset.
+  std::string gif("GIF89a\x01\x00\x01\x00\x00\x00\x00"
+                  "\x2c\x00\x00\x00\x00\x01\x00\x01\x00\x00\x02",
+                  24);
+  for (int i = 0; i < 5; ++i) gif += "\xff" + std::string(255, '\x11');
+  gif += "\x00\x3b"s;
+  const std::string jpeg = "\xff\xd8\xff\xc0\x00\x0b"s + std::string(9, '\x01') +
+                           "\xff\xda\x00\x08"s + std::string(6, '\x01') + std::string(40, '\x11') +
+                           "\xff\xd9"s;
+  bytes image(4096, 0x11);
+  put(image, 0, gif);
+  put(image, 801, jpeg);
+  EXPECT_EQ(scanned(t, image), std::vector<std::string>{"0+1306 gif structure"});
+  for (unsigned block : {512u, 4096u}) {
+    EXPECT_EQ(scanned(t, image, block, 1 << 20, true, 1),
+              (std::vector<std::string>{"0+1306 gif structure", "801+67 jpg structure"}));
+  }
+  // Any divisor of the block: 801 is no multiple of 2, 802 is.
+  EXPECT_EQ(scanned(t, image, 512, 1 << 20, true, 2).size(), 1u);
+  bytes shifted(4096, 0x11);
+  put(shifted, 0, gif);
+  put(shifted, 802, jpeg);
+  EXPECT_EQ(scanned(t, shifted, 512, 1 << 20, true, 2).size(), 2u);
 }
 
 TEST(ScanPolicy, AWalkedFilesOwnPartsAreNotFiles) {

@@ -93,6 +93,14 @@ TEST(StartGate, NeverClosesOnABlockTheTreeRecognises) {
       ASSERT_TRUE(!found || gate.mayStart(block.data(), avail)) << "tree " << t;
       closed += !gate.mayStart(block.data(), avail);
       ++checked;
+      // The places found in one pass are those that the gate admits one by one.
+      const unsigned int from = avail ? rng() % avail : 0, step = 1 + rng() % 3;
+      std::vector<unsigned int> one, pass;
+      for (unsigned int q = from; q < avail; q += step) {
+        if (gate.mayStart(block.data() + q, avail - q)) one.push_back(q);
+      }
+      gate.candidates(block.data(), from, avail, step, avail, pass);
+      ASSERT_EQ(pass, one) << "tree " << t;
     }
   }
   // The gate is worth having: it turns a fair share of these blocks away.
@@ -135,15 +143,30 @@ TEST(StartGate, GathersDemandsByOffset) {
   }
   const cStartGate gate(tree);
   EXPECT_FALSE(gate.alwaysOpen());
-  // 'G' at 0; D8 at 1, since FF fills empty space and would let more through; 'f' at 4.
-  EXPECT_EQ(gate.offsets(), 3u);
+  // 'GI' at 0; FF D8 at 0 (the fill byte FF is narrowed by its neighbour); 'ft' at 4.
+  EXPECT_EQ(gate.offsets(), 2u);
   const auto block = [](const char* s) { return reinterpret_cast<const unsigned char*>(s); };
-  EXPECT_TRUE(gate.mayStart(block("G..."), 4));
+  EXPECT_TRUE(gate.mayStart(block("GI.."), 4));
+  EXPECT_FALSE(gate.mayStart(block("G..."), 4));
   EXPECT_TRUE(gate.mayStart(block("\xFF\xD8.."), 4));
   EXPECT_FALSE(gate.mayStart(block("\xFF..."), 4));
-  EXPECT_TRUE(gate.mayStart(block("....f"), 5));
-  EXPECT_FALSE(gate.mayStart(block("....f"), 4)); // beyond what can be read
-  EXPECT_FALSE(gate.mayStart(block("H...g"), 5));
+  EXPECT_TRUE(gate.mayStart(block("....ft"), 6));
+  EXPECT_FALSE(gate.mayStart(block("....ft"), 5)); // beyond what can be read
+  EXPECT_FALSE(gate.mayStart(block("HI..fu"), 6));
+  // The places where a definition may start, in steps, near the end of the data too.
+  const unsigned char* run = block("xxGIxxxGIxftG");
+  std::vector<unsigned int> at;
+  const auto candidates = [&](unsigned int from, unsigned int to, unsigned int step,
+                              unsigned int avail) {
+    gate.candidates(run, from, to, step, avail, at);
+    return at;
+  };
+  using list = std::vector<unsigned int>;
+  EXPECT_EQ(candidates(0, 9, 1, 13), (list{2, 6, 7})); // 'ft' at 10 is at 4 from 6
+  EXPECT_EQ(candidates(3, 9, 1, 13), (list{6, 7}));
+  EXPECT_EQ(candidates(1, 9, 2, 13), (list{7}));        // 2 and 6 are not among 1, 3, ...
+  EXPECT_EQ(candidates(0, 13, 1, 13), (list{2, 6, 7})); // 'G' alone at the end is no pair
+  EXPECT_EQ(candidates(0, 11, 1, 11), (list{2, 7}));    // 'ft' cut off
 
   // Exact bytes are gated on their most selective byte too: the 01, not the zeros before it.
   cCustomSignaturesTree exact;

@@ -32,7 +32,7 @@ const char kUsage[] =
     "  match FILE.qrrs SAMPLE [--offset N] [--block N] [--why]\n"
     "                                     which definition recognises that block\n"
     "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
-    "                       [--max-size N] [--no-walk] [--force]\n"
+    "                       [--align N] [--max-size N] [--no-walk] [--force]\n"
     "                                     find files in a disk image, a device, or\n"
     "                                     standard input (IMAGE -)\n"
     "\n"
@@ -40,7 +40,9 @@ const char kUsage[] =
     "scan reports one line per file: offset, length, definition path, extension and how\n"
     "the file ended; --report csv has a header row. Sizes take K, M, G (KiB, MiB, GiB):\n"
     "--max-size 64M (default 256M). --carve DIR writes each file to DIR (made when\n"
-    "missing). A summary per extension goes to standard error.\n"
+    "missing). --align N: files start at multiples of N bytes (default: the block size;\n"
+    "1 finds files embedded at any offset in others). A summary per extension goes to\n"
+    "standard error.\n"
     "qvraci-rules --version, qvraci-rules COMMAND --help\n";
 
 constexpr const char* kVersion = "qvraci-rules 2.0";
@@ -404,6 +406,12 @@ int scan(const sArgs& a) {
       return usage("--block is 512 or 4096");
     options.block = static_cast<unsigned int>(number);
   }
+  if (const char* n = a.value("--align")) {
+    if (!parseNumber(n, number) || number == 0 || number > options.block ||
+        options.block % number != 0)
+      return usage("--align is a divisor of the block size (1 for any byte)");
+    options.align = static_cast<unsigned int>(number);
+  }
   if (const char* m = a.value("--max-size")) {
     if (!parseSize(m, number) || number == 0) return usage("bad --max-size (a size: 64M, 1G)");
     options.maxSize = number;
@@ -497,8 +505,9 @@ int main(int argc, char** argv) {
       return 0;
     }
   }
-  const sArgs a = parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk"},
-                            {"--offset", "--block", "--carve", "--report", "--max-size"});
+  const sArgs a =
+      parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk"},
+                {"--offset", "--block", "--carve", "--report", "--max-size", "--align"});
   if (!a.error.empty()) return usage(a.error.c_str());
   if (command == "show") return show(a);
   if (command == "check") return check(a);

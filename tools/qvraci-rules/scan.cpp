@@ -121,27 +121,50 @@ void cRawScanner::begin(unsigned long long size) {
 void cRawScanner::block(cByteSource& source, const unsigned char* data, unsigned int size,
                         unsigned int avail, unsigned long long pos,
                         const std::function<void(const sFoundFile&)>& onFile) {
-  const unsigned int endRange = std::min(avail, size + myEndOverlap);
   if (myOpen.node) {
-    if (!canEnd(myOpen.node) || !checkEnd(data, endRange, avail, pos, onFile)) {
+    if (!canEnd(myOpen.node) ||
+        !checkEnd(data, std::min(avail, size + myEndOverlap), avail, pos, onFile)) {
       if (pos + size - myOpen.start >= myOptions.maxSize) {
         finish(myOpen.start + myOptions.maxSize, "size cap", onFile);
       }
     }
   }
-  cScanSignature* found =
-      myGate.mayStart(data, avail) ? myTree.find_match(data, size, avail, pos) : nullptr;
+  // The places in the block where files may start, on multiples of the alignment.
+  const unsigned long long step = myOptions.align ? myOptions.align : myOptions.block;
+  const unsigned long long first = (step - pos % step) % step;
+  if (first >= size) return;
+  myGate.candidates(data, static_cast<unsigned int>(first), size,
+                    static_cast<unsigned int>(std::min<unsigned long long>(step, size)), avail,
+                    myCandidates);
+  for (const unsigned int q : myCandidates) {
+    startAt(source, data + q, size - q, avail - q, pos + q, onFile);
+  }
+}
+
+// Asks the tree whether a file starts at pos, where data holds avail bytes of which rest
+// are left of the block.
+void cRawScanner::startAt(cByteSource& source, const unsigned char* data, unsigned int rest,
+                          unsigned int avail, unsigned long long pos,
+                          const std::function<void(const sFoundFile&)>& onFile) {
+  cScanSignature* found = myTree.find_match(data, std::min(myOptions.block, avail), avail, pos);
   if (!found) return;
   const bool inWalked = pos < myWalkedEnd;
   if ((myOpen.node || inWalked) && found->hitMode != cScanSignature::hmActive) return;
   // A walked file's own parts that look like a file of its kind (a ZIP's local headers, a
   // JPEG's thumbnail) are not files of their own.
-  const eWalker walker = myOptions.walk ? walkerFor(found->ext.c_str()) : eWalker::none;
+  const eWalker walker = walkerOf(found);
   if (inWalked && walker != eWalker::none && walker == myWalkedKind) return;
   if (myOpen.node) finish(pos, "next start", onFile);
   myOpen = {found, pos};
   if (walkEnd(source, walker, onFile)) return;
-  if (canEnd(found)) checkEnd(data, endRange, avail, pos, onFile);
+  if (canEnd(found)) checkEnd(data, std::min(avail, rest + myEndOverlap), avail, pos, onFile);
+}
+
+eWalker cRawScanner::walkerOf(const cScanSignature* node) {
+  if (!myOptions.walk) return eWalker::none;
+  auto [at, added] = myWalkers.try_emplace(node, eWalker::none);
+  if (added) at->second = walkerFor(node->ext.c_str());
+  return at->second;
 }
 
 void cRawScanner::scanBytes(const unsigned char* data, unsigned long long size,

@@ -8,10 +8,12 @@
 //   definition and its ancestors). The size-field rule counts back from the block's
 //   position (end = position - endOffset); every other end rule counts forward (end =
 //   position + endOffset).
-// - Then find_match looks for a file start. An "Always (active)" hit starts a new file
-//   even while one is open, which then ends here ("next start"); an "If no other hits
-//   (passive)" hit starts one only when none is open. A new file is also asked at once
-//   whether it ends within its first block.
+// - Then find_match looks for a file start at the block's start, or with an alignment below
+//   the block size at every multiple of it within the block (each such place is asked as
+//   the start of a block of its own; the start gate keeps this fast). An "Always (active)" hit
+//   starts a new file even while one is open, which then ends here ("next start"); an "If no other
+//   hits (passive)" hit starts one only when none is open. A new file is also asked at once whether
+//   it ends within its first block.
 // - A file that meets no end rule ends at the next start, at the size cap, or at the end
 //   of the source.
 // - End rules see the block and, beyond it, as many bytes as the longest end pattern, so a
@@ -33,6 +35,7 @@
 #include <atomic>
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "startgate.h"
@@ -50,7 +53,8 @@ struct sFoundFile {
 struct sScanOptions {
   unsigned int block = 512;
   unsigned long long maxSize = 256ULL << 20;
-  bool walk = true; // use the structure walkers
+  bool walk = true;       // use the structure walkers
+  unsigned int align = 0; // files start at multiples of this (0: of the block size)
 };
 
 class cRawScanner {
@@ -91,6 +95,10 @@ private:
   // One block at pos of source: data holds avail bytes, of which size belong to the block.
   void block(cByteSource& source, const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
+  void startAt(cByteSource& source, const unsigned char* data, unsigned int rest,
+               unsigned int avail, unsigned long long pos,
+               const std::function<void(const sFoundFile&)>& onFile);
+  eWalker walkerOf(const cScanSignature* node); // remembered per definition
   bool checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
   // Ends the file that has just opened where its structure ends, if a walker finds that.
@@ -112,4 +120,6 @@ private:
   std::array<unsigned long long, static_cast<size_t>(eWalker::count)> myCovered{};
   unsigned long long myWalkBudget = 0; // bytes that walks may still read
   unsigned long long myWalksSkipped = 0;
+  std::unordered_map<const cScanSignature*, eWalker> myWalkers;
+  std::vector<unsigned int> myCandidates; // places in the block where files may start
 };

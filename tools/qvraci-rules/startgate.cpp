@@ -7,18 +7,20 @@
 
 namespace {
 
-using sValues = sHexSearchRule::sByteDescr;
+using sValues = cStartGate::sValues;
+using sDemand = cStartGate::sDemand;
 
-struct sByteDemand {
-  unsigned int offset = 0;
-  sValues values{};
-};
-
-// How many blocks a demand lets through, roughly: the number of values, with the bytes
-// that fill empty space on disks (zero, FF, blank) counting as many.
-int cost(const sValues& values) {
+// How many blocks a demanded byte lets through, roughly: the number of values, with the
+// bytes that fill empty space on disks (zero, FF, blank) counting as many.
+long long cost(const sValues& values) {
   return values.count() + (values.has(0x00) ? 1024 : 0) + (values.has(0xFF) ? 256 : 0) +
          (values.has(0x20) ? 64 : 0);
+}
+
+long long cost(const sDemand& d) {
+  long long c = 1;
+  for (const sValues& v : d.values) c *= cost(v);
+  return d.values.size() == 1 ? c * 256 : c; // a lone byte lets any second one through
 }
 
 sValues only(unsigned char v) {
@@ -27,65 +29,70 @@ sValues only(unsigned char v) {
   return s;
 }
 
-// The single byte that a content rule demands most narrowly whenever it hits; none when
-// the rule can hit without a demand at a fixed offset.
-std::optional<sByteDemand> ruleDemand(const cScanSigRule& rule) {
+// The narrowest one or two neighbouring bytes among the values demanded from offset on.
+sDemand narrowest(unsigned int offset, const std::vector<sValues>& run) {
+  if (run.size() == 1) return {offset, run};
+  sDemand best;
+  for (size_t i = 0; i + 1 < run.size(); ++i) {
+    sDemand d{offset + static_cast<unsigned int>(i), {run[i], run[i + 1]}};
+    if (best.values.empty() || cost(d) < cost(best)) best = std::move(d);
+  }
+  return best;
+}
+
+// What a content rule demands whenever it hits; none when it can hit without a demand at
+// a fixed offset.
+std::optional<sDemand> ruleDemand(const cScanSigRule& rule) {
+  std::vector<sValues> run;
+  unsigned int offset = 0;
   switch (rule.typeOf()) {
   case 1: {
     const auto& r = static_cast<const cScanSigRuleExactMatch&>(rule);
-    const long long n = r.bytes().count();
-    if (n == 0) return std::nullopt;
-    long long best = 0;
-    for (long long i = 1; i < n; ++i) {
-      if (cost(only(r.bytes().data()[i])) < cost(only(r.bytes().data()[best]))) best = i;
-    }
-    return sByteDemand{r.offset() + static_cast<unsigned int>(best), only(r.bytes().data()[best])};
+    for (long long i = 0; i < r.bytes().count(); ++i) run.push_back(only(r.bytes().data()[i]));
+    offset = r.offset();
+    break;
   }
   case 6: {
     const auto& r = static_cast<const cScanSigRuleMaskMatch&>(rule);
-    // The field byte that lets the fewest through; a value bit outside the mask never hits.
-    std::optional<sByteDemand> best;
     for (int i = 0; i < (1 << r.width()); ++i) {
       const auto m = static_cast<unsigned char>(r.mask() >> (8 * i));
       const auto v = static_cast<unsigned char>(r.value() >> (8 * i));
-      sValues s{};
+      sValues s{}; // a value bit outside the mask never hits
       for (int x = 0; x < 256 && (r.value() & ~r.mask()) == 0; ++x) {
         if ((x & m) == v) s.add(static_cast<unsigned char>(x));
       }
-      if (!best || cost(s) < cost(best->values)) {
-        best = sByteDemand{r.offset() + static_cast<unsigned int>(i), s};
-      }
+      run.push_back(s);
     }
-    return best;
+    offset = r.offset();
+    break;
   }
   case 7: {
     const auto& r = static_cast<const cScanSigRuleUniHexMatch&>(rule);
+    if (r.blockSize() != 0 || r.offset() < 0) return std::nullopt;
     const auto& p = r.pattern();
-    if (r.blockSize() != 0 || r.offset() < 0 || p.count() == 0) return std::nullopt;
-    long long best = 0;
-    for (long long i = 1; i < p.count(); ++i) {
-      if (cost(p.data()[i]) < cost(p.data()[best])) best = i;
-    }
-    return sByteDemand{static_cast<unsigned int>(r.offset() + best), p.data()[best]};
+    run.assign(p.data(), p.data() + p.count());
+    offset = static_cast<unsigned int>(r.offset());
+    break;
   }
   default:
     return std::nullopt;
   }
+  if (run.empty()) return std::nullopt;
+  return narrowest(offset, run);
 }
 
 // What a definition demands of every block it hits: with ALL rules, the narrowest demand
-// of any rule; with ANY rule, one demand from each. Empty with false when it cannot be
-// judged.
-bool nodeDemands(const cScanSignature& node, std::vector<sByteDemand>& out) {
+// of any rule; with ANY rule, one demand from each. False when it cannot be judged.
+bool nodeDemands(const cScanSignature& node, std::vector<sDemand>& out) {
   out.clear();
   for (const cScanSigRule* r = node.first_str(); r; r = node.next_str(r)) {
-    const std::optional<sByteDemand> d = ruleDemand(*r);
+    std::optional<sDemand> d = ruleDemand(*r);
     if (!node.allRules && !d) return false;
     if (!d) continue;
     if (node.allRules && !out.empty()) {
-      if (cost(d->values) < cost(out[0].values)) out[0] = *d;
+      if (cost(*d) < cost(out[0])) out[0] = std::move(*d);
     } else {
-      out.push_back(*d);
+      out.push_back(std::move(*d));
     }
   }
   return !out.empty();
@@ -97,24 +104,82 @@ cStartGate::cStartGate(const cCustomSignaturesTree& tree) {
   gather(tree.firstSig());
 }
 
+void cStartGate::candidates(const unsigned char* data, unsigned int from, unsigned int to,
+                            unsigned int step, unsigned int avail,
+                            std::vector<unsigned int>& out) const {
+  out.clear();
+  if (from >= to) return;
+  // One position, or a gate that cannot judge: ask for each position alone.
+  if (to - from <= step || myAlwaysOpen || myWindows.empty()) {
+    for (unsigned long long q = from; q < to; q += step) {
+      if (mayStart(data + q, avail - static_cast<unsigned int>(q))) {
+        out.push_back(static_cast<unsigned int>(q));
+      }
+    }
+    return;
+  }
+  const unsigned int first = myWindows.front().offset, last = myWindows.back().offset;
+  // Positions whose pairs all lie within the data are found from the pairs; the few near
+  // the end of the data, where a window may hold a lone byte or nothing, one by one.
+  unsigned int whole = from;
+  if (avail > last + 1) whole = std::max(from, std::min(to, avail - last - 1));
+  const auto aligned = [&](unsigned int q) {
+    return q >= from && q < whole && (q - from) % step == 0;
+  };
+  for (unsigned int p = from + first; p < whole + last; ++p) {
+    if (!has(myAnyPair, data + p)) continue;
+    for (const sWindow& w : myWindows) {
+      if (p >= w.offset && aligned(p - w.offset) && has(w.pairs, data + p)) {
+        out.push_back(p - w.offset);
+      }
+    }
+  }
+  std::sort(out.begin(), out.end());
+  out.erase(std::unique(out.begin(), out.end()), out.end());
+  for (unsigned long long q = from + (whole > from ? (whole - from + step - 1) / step * step : 0);
+       q < to; q += step) {
+    if (mayStart(data + q, avail - static_cast<unsigned int>(q))) {
+      out.push_back(static_cast<unsigned int>(q));
+    }
+  }
+}
+
 void cStartGate::gather(const cScanSignature* first) {
-  std::vector<sByteDemand> demands;
+  std::vector<sDemand> demands;
   for (const cScanSignature* node = first; node && !myAlwaysOpen; node = node->nextSig()) {
     if (node->subset) {
       myAlwaysOpen = true; // its rules read the block from a place found at scan time
     } else if (node->hasStrRules()) {
       if (!nodeDemands(*node, demands)) myAlwaysOpen = true;
-      for (const sByteDemand& d : demands) demand(d.offset, d.values);
+      for (const sDemand& d : demands) demand(d);
     } else {
       gather(node->firstChildSig()); // a node without rules hands the block on
     }
   }
-  if (myAlwaysOpen) myDemands.clear();
+  if (myAlwaysOpen) myWindows.clear();
 }
 
-void cStartGate::demand(unsigned int offset, const sHexSearchRule::sByteDescr& values) {
-  auto at = std::lower_bound(myDemands.begin(), myDemands.end(), offset,
-                             [](const sDemand& d, unsigned int o) { return d.offset < o; });
-  if (at == myDemands.end() || at->offset != offset) at = myDemands.insert(at, {offset, {}});
-  for (int w = 0; w < 8; ++w) at->values.bits[w] |= values.bits[w];
+void cStartGate::demand(const sDemand& d) {
+  auto at = std::lower_bound(myWindows.begin(), myWindows.end(), d.offset,
+                             [](const sWindow& w, unsigned int o) { return w.offset < o; });
+  if (at == myWindows.end() || at->offset != d.offset) {
+    at = myWindows.insert(at, sWindow{});
+    at->offset = d.offset;
+  }
+  sValues second{};
+  if (d.values.size() == 1) {
+    second.addAll();
+    for (int w = 0; w < 8; ++w) at->lone.bits[w] |= d.values[0].bits[w];
+  } else {
+    second = d.values[1];
+  }
+  for (unsigned int a = 0; a < 256; ++a) {
+    if (!d.values[0].has(static_cast<unsigned char>(a))) continue;
+    for (unsigned int b = 0; b < 256; ++b) {
+      if (!second.has(static_cast<unsigned char>(b))) continue;
+      const unsigned int v = a | b << 8;
+      at->pairs[v >> 6] |= uint64_t{1} << (v & 63);
+      myAnyPair[v >> 6] |= uint64_t{1} << (v & 63);
+    }
+  }
 }
