@@ -39,6 +39,9 @@ public:
   std::unique_ptr<cScanSigEndRule> clone() const override;
 
   unsigned long long fileSize() const { return myFileSize; }
+  // Puts back a size read by init, for a scanner that asked the tree at a place where no
+  // file started after all.
+  void setFileSize(unsigned long long size) { myFileSize = size; }
   unsigned int multiplier() const { return myMultiplier; }
   unsigned int increment() const { return myIncrement; }
   unsigned int fieldOffset() const { return myFieldOffset; }

@@ -190,16 +190,22 @@ TEST(ScanPolicy, AnAlignmentOfOneFindsFilesEmbeddedAtAnyOffset) {
   put(image, 0, gif);
   put(image, 801, jpeg);
   EXPECT_EQ(scanned(t, image), std::vector<std::string>{"0+1306 gif structure"});
-  for (unsigned block : {512u, 4096u}) {
-    EXPECT_EQ(scanned(t, image, block, 1 << 20, true, 1),
-              (std::vector<std::string>{"0+1306 gif structure", "801+67 jpg structure"}));
-  }
   // Any divisor of the block: 801 is no multiple of 2, 802 is.
   EXPECT_EQ(scanned(t, image, 512, 1 << 20, true, 2).size(), 1u);
-  bytes shifted(4096, 0x11);
-  put(shifted, 0, gif);
-  put(shifted, 802, jpeg);
+  bytes shifted(image);
+  put(shifted, 801, "\x11" + jpeg);
   EXPECT_EQ(scanned(t, shifted, 512, 1 << 20, true, 2).size(), 2u);
+  // Off the grid inside a file that is not walked, starts that are no structure (its own
+  // header again, a broken JPEG) neither cut it nor change the size it read.
+  sizeField(def(t, "sized", "'SZ'", 2), 2, 4, 0);
+  put(image, 2048, std::string("SZ\x00\x06\x00\x00", 6));
+  put(image, 2048 + 301, std::string("SZ\x00\x01\x00\x00", 6));
+  put(image, 2048 + 555, "\xff\xd8\xff\xe0");
+  for (unsigned block : {512u, 4096u}) {
+    EXPECT_EQ(scanned(t, image, block, 1 << 20, true, 1),
+              (std::vector<std::string>{"0+1306 gif structure", "801+67 jpg structure",
+                                        "2048+1536 sized size field"}));
+  }
 }
 
 TEST(ScanPolicy, AWalkedFilesOwnPartsAreNotFiles) {

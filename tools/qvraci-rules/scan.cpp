@@ -6,6 +6,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "base/files.h"
@@ -108,6 +109,22 @@ bool cRawScanner::walkEnd(cByteSource& source, eWalker walker,
   return true;
 }
 
+// A file still open where the source ends ends there, unless its size field (read as it
+// opened, and asked only block by block) puts its end before.
+void cRawScanner::finishAtEnd(unsigned long long end, bool stopped,
+                              const std::function<void(const sFoundFile&)>& onFile) {
+  if (!myOpen.node) return;
+  for (const sNoted& n : myOpen.chain) {
+    const cScanSigEndRuleMatchSize* size = n.node->getSizeEndRule();
+    if (!stopped && size && n.startPos != cScanSignature::kNoFile &&
+        n.startPos + size->fileSize() <= end) {
+      finish(n.startPos + size->fileSize(), "size field", onFile);
+      return;
+    }
+  }
+  finish(end, stopped ? "stopped" : "source end", onFile);
+}
+
 void cRawScanner::begin(unsigned long long size) {
   mySourceSize = size;
   myOpen = {};
@@ -149,15 +166,41 @@ void cRawScanner::startAt(cByteSource& source, const unsigned char* data, unsign
   cScanSignature* found = myTree.find_match(data, std::min(myOptions.block, avail), avail, pos);
   if (!found) return;
   const bool inWalked = pos < myWalkedEnd;
-  if ((myOpen.node || inWalked) && found->hitMode != cScanSignature::hmActive) return;
-  // A walked file's own parts that look like a file of its kind (a ZIP's local headers, a
-  // JPEG's thumbnail) are not files of their own.
   const eWalker walker = walkerOf(found);
-  if (inWalked && walker != eWalker::none && walker == myWalkedKind) return;
+  // Passive hits start nothing within a file; a walked file's own parts that look like a
+  // file of its kind (a ZIP's local headers, a JPEG's thumbnail) are not files either.
+  if (((myOpen.node || inWalked) && found->hitMode != cScanSignature::hmActive) ||
+      (inWalked && walker != eWalker::none && walker == myWalkedKind)) {
+    restoreOpen();
+    return;
+  }
+  // Off the block grid, a start within an open file is a file embedded in it, or bytes of
+  // it that look like a start by chance: it is a file of its own only when its structure
+  // ends, and the open file goes on either way.
+  if (myOpen.node && pos % myOptions.block != 0) {
+    const sOpen outer = std::exchange(myOpen, sOpen{found, pos, {}});
+    walkEnd(source, walker, onFile);
+    myOpen = outer;
+    restoreOpen();
+    return;
+  }
   if (myOpen.node) finish(pos, "next start", onFile);
-  myOpen = {found, pos};
+  myOpen = {found, pos, {}};
+  for (cScanSignature* n = found; n; n = n->parentSig()) {
+    const cScanSigEndRuleMatchSize* size = n->getSizeEndRule();
+    myOpen.chain.push_back({n, n->startPos, size ? size->fileSize() : 0});
+  }
   if (walkEnd(source, walker, onFile)) return;
   if (canEnd(found)) checkEnd(data, std::min(avail, rest + myEndOverlap), avail, pos, onFile);
+}
+
+// Asking the tree at a place notes a start in every definition that hit there; where no
+// file started, the open file's definitions get back what they noted when it opened.
+void cRawScanner::restoreOpen() {
+  for (const sNoted& n : myOpen.chain) {
+    n.node->startPos = n.startPos;
+    if (cScanSigEndRuleMatchSize* size = n.node->getSizeEndRule()) size->setFileSize(n.fileSize);
+  }
 }
 
 eWalker cRawScanner::walkerOf(const cScanSignature* node) {
@@ -190,7 +233,7 @@ void cRawScanner::scanMemory(
           static_cast<unsigned int>(std::min<unsigned long long>(left, myOptions.block)),
           static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
   }
-  if (myOpen.node) finish(std::min(pos, size), stop ? "stopped" : "source end", onFile);
+  finishAtEnd(std::min(pos, size), stop, onFile);
   onProgress(std::min(pos, size), size);
 }
 
@@ -302,7 +345,7 @@ bool cRawScanner::scan(
           static_cast<unsigned int>(std::min<unsigned long long>(left, kLookahead)), pos, onFile);
     pos += myOptions.block;
   }
-  if (myOpen.node) finish(std::min(pos, total), stop ? "stopped" : "source end", onFile);
+  finishAtEnd(std::min(pos, total), stop, onFile);
   onProgress(std::min(pos, total), total);
   return true;
 }

@@ -26,6 +26,9 @@
 //   own parts (a ZIP's local headers, a JPEG's thumbnail) and start nothing either, and
 //   other active hits start files of their own (embedded or written over it) without
 //   cutting it. When the structure is broken, the end rules decide as above.
+// - A start off the block grid (with an alignment below the block size) inside an open
+//   file is taken for a file embedded in it, or for bytes that look like a start by chance:
+//   it is reported only when its structure is walked to an end, and the open file goes on.
 // - Walking stays linear in the source: a start inside bytes that a walk of its kind has
 //   read already is not walked, and all walks together read at most kWalkBudgetFactor
 //   times the source (plus kWalkBudgetFree); past that the end rules decide.
@@ -88,9 +91,14 @@ public:
       const std::atomic<bool>& stop);
 
 private:
+  struct sNoted { // what a definition noted when its file opened
+    cScanSignature* node = nullptr;
+    unsigned long long startPos = 0, fileSize = 0;
+  };
   struct sOpen {
     cScanSignature* node = nullptr;
     unsigned long long start = 0;
+    std::vector<sNoted> chain; // node and its ancestors
   };
   // One block at pos of source: data holds avail bytes, of which size belong to the block.
   void block(cByteSource& source, const unsigned char* data, unsigned int size, unsigned int avail,
@@ -99,12 +107,15 @@ private:
                unsigned int avail, unsigned long long pos,
                const std::function<void(const sFoundFile&)>& onFile);
   eWalker walkerOf(const cScanSignature* node); // remembered per definition
+  void restoreOpen();
   bool checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
   // Ends the file that has just opened where its structure ends, if a walker finds that.
   bool walkEnd(cByteSource& source, eWalker walker,
                const std::function<void(const sFoundFile&)>& onFile);
   void begin(unsigned long long size);
+  void finishAtEnd(unsigned long long end, bool stopped,
+                   const std::function<void(const sFoundFile&)>& onFile);
   void finish(unsigned long long end, const char* how,
               const std::function<void(const sFoundFile&)>& onFile);
 
