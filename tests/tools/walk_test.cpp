@@ -339,6 +339,17 @@ TEST(WalkDocuments, PdfRunsToItsLastEndMarkerAndLineEnd) {
   EXPECT_EQ(walk(eWalker::pdf, body.substr(0, body.size() - 1)), 0u);
 }
 
+TEST(WalkDocuments, MarkupEndsAtItsLastTagAndLineEnd) {
+  const std::string page = "<?xml version=\"1.0\"?>\n<svg>\n <g/>\n</svg>";
+  for (const std::string& end : {""s, "\n"s, "\r\n"s}) {
+    // Text that follows in the same run (a sector's slack, say) is not the page's.
+    EXPECT_EQ(walk(eWalker::markup, page + end + "slack \x01 <x>"), page.size() + end.size());
+  }
+  EXPECT_EQ(walk(eWalker::markup, "no tag\x01"s), 0u);
+  EXPECT_EQ(walk(eWalker::markup, "<b no end"s), 0u);                  // text to the end
+  EXPECT_EQ(walk(eWalker::markup, page + "\x01", 0, page.size()), 0u); // and to the limit
+}
+
 TEST(WalkDocuments, ElfEndsAtItsFurthestTableOrPart) {
   std::string self;
   if (FILE* f = std::fopen("/proc/self/exe", "rb")) {

@@ -64,7 +64,7 @@ struct sKind {
   eWalker walker;
 };
 
-constexpr std::array<sKind, 15> kKinds = {{
+constexpr std::array<sKind, 16> kKinds = {{
     {{"gif"}, eWalker::gif},
     {{"mp4", "mov", "m4a", "m4v", "3gp", "3g2"}, eWalker::isoMedia},
     {{"mpg", "mpeg", "vob"}, eWalker::mpegProgram},
@@ -80,6 +80,7 @@ constexpr std::array<sKind, 15> kKinds = {{
     {{"xz"}, eWalker::xz},
     {{"7z"}, eWalker::sevenZip},
     {{"sqlite", "db"}, eWalker::sqlite},
+    {{"html", "htm", "xhtml", "xml", "svg"}, eWalker::markup},
 }};
 
 tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
@@ -115,6 +116,8 @@ tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
     return walkSevenZip(s, start);
   case eWalker::sqlite:
     return walkSqlite(s, start);
+  case eWalker::markup:
+    return walkMarkup(s, start);
   case eWalker::none:
   case eWalker::count:
     break;

@@ -1,9 +1,10 @@
 // PDF by its end-of-file markers; ELF programs, fonts and SQLite databases by their
-// headers and tables.
+// headers and tables; HTML and XML by their last tag.
 #include <algorithm>
 #include <cstring>
 
 #include "walkers.h"
+#include "zorb/textbytes.h"
 
 namespace walkers {
 
@@ -134,6 +135,33 @@ tPos walkSqlite(cByteSource& s, tPos start) {
   const tPos pages = be32(h + 28);
   if (pages == 0 || pages > (s.size() - start) / page) return 0;
   return pages * page;
+}
+
+// A page or document of markup ends with a tag: the text that follows its start runs to
+// the first byte that is no text, and the file to the last '>' in it, with the line end
+// right after that (LF or CR LF). Text that runs on to the limit gives no length.
+tPos walkMarkup(cByteSource& s, tPos start) {
+  const unsigned char* h = s.at(start, 1);
+  if (!h || *h != '<') return 0;
+  const tPos end = s.size();
+  tPos p = start, lastTag = 0;
+  for (;;) {
+    tPos have = 1 << 16;
+    const unsigned char* d = s.span(p, have);
+    if (!d) return 0; // no byte after the text before the limit
+    tPos i = 0;
+    while (i < have && zorb::isTextByte(d[i])) {
+      if (d[i] == '>') lastTag = p + i + 1;
+      ++i;
+    }
+    p += i;
+    if (i < have || p >= end) break;
+  }
+  if (p >= end || lastTag == 0) return 0;
+  const unsigned char* after = s.at(lastTag, 2);
+  if (after && after[0] == '\r' && after[1] == '\n') return lastTag + 2 - start;
+  if ((after = s.at(lastTag, 1)) && after[0] == '\n') return lastTag + 1 - start;
+  return lastTag - start;
 }
 
 } // namespace walkers

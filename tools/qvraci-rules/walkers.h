@@ -61,5 +61,6 @@ tPos walkBzip2(cByteSource& s, tPos start);
 tPos walkXz(cByteSource& s, tPos start);
 tPos walkSevenZip(cByteSource& s, tPos start);
 tPos walkSqlite(cByteSource& s, tPos start);
+tPos walkMarkup(cByteSource& s, tPos start);
 
 } // namespace walkers
