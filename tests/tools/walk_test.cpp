@@ -393,6 +393,91 @@ TEST(WalkDocuments, SqliteIsItsPagesTimesThePageSize) {
 
 // ---- Choosing a walker, reading through a file ------------------------------------------------
 
+std::string oggPage(unsigned char type, unsigned serial, const std::string& body) {
+  return "OggS\x00"s + static_cast<char>(type) + std::string(8, '\0') + le32(serial) +
+         std::string(8, '\0') + "\x01"s + static_cast<char>(body.size()) + body;
+}
+
+TEST(WalkStreams, OggEndsWhenEveryStreamHasEnded) {
+  // Two streams, begun together; the second ends last.
+  const std::string ogg = oggPage(2, 1, "a") + oggPage(2, 2, "bb") + oggPage(0, 1, "ccc") +
+                          oggPage(4, 1, "d") + oggPage(4, 2, "e");
+  EXPECT_EQ(walk(eWalker::ogg, ogg + oggPage(2, 3, "next")), ogg.size());
+  EXPECT_EQ(walk(eWalker::ogg, ogg.substr(0, ogg.size() - 1)), 0u);           // cut short
+  EXPECT_EQ(walk(eWalker::ogg, oggPage(0, 1, "a") + oggPage(4, 1, "b")), 0u); // no beginning
+  EXPECT_EQ(walk(eWalker::ogg, oggPage(2, 1, "a") + "junk"s), 0u);
+}
+
+std::string ebml(const std::string& id, const std::string& data, bool unknown = false) {
+  return id +
+         (unknown ? "\x01\xff\xff\xff\xff\xff\xff\xff"s
+                  : "\x40"s + static_cast<char>(data.size())) +
+         data;
+}
+
+TEST(WalkStreams, MatroskaIsItsHeaderAndSegment) {
+  const std::string head = ebml("\x1a\x45\xdf\xa3"s, "\x42\x82\x84webm"s);
+  const std::string info = ebml("\x15\x49\xa9\x66"s, "ii"),
+                    cluster = ebml("\x1f\x43\xb6\x75"s, "cccc");
+  const std::string sized = head + ebml("\x18\x53\x80\x67"s, info + cluster);
+  EXPECT_EQ(walk(eWalker::matroska, sized + "\x1a\x45\xdf\xa3"s), sized.size());
+  EXPECT_EQ(walk(eWalker::matroska, sized.substr(0, sized.size() - 1)), 0u);
+  // A live recording leaves the segment's size unknown: its children tell where it ends.
+  const std::string live = head + ebml("\x18\x53\x80\x67"s, "", true) + info + cluster;
+  EXPECT_EQ(walk(eWalker::matroska, live + "\x00junk"s), live.size());
+  EXPECT_EQ(walk(eWalker::matroska, head + "\x00junk"s), 0u);
+}
+
+std::string flvTag(unsigned char type, const std::string& data) {
+  return static_cast<char>(type) + be32(data.size()).substr(1) + std::string(7, '\0') + data +
+         be32(11 + data.size());
+}
+
+TEST(WalkStreams, FlvRunsOverItsTags) {
+  const std::string flv = "FLV\x01\x05"s + be32(9) + be32(0) + flvTag(18, "meta") +
+                          flvTag(9, "video") + flvTag(8, "audio");
+  EXPECT_EQ(walk(eWalker::flv, flv + "FLV\x01"s + std::string(20, '\0')), flv.size());
+  EXPECT_EQ(walk(eWalker::flv, flv + "\x09\x00"s), 0u); // a tag cut short
+  EXPECT_EQ(walk(eWalker::flv, "FLV\x01\x05"s + be32(9) + be32(0) + "\x07"s), 0u);
+}
+
+TEST(WalkStreams, Mp3IsItsTagsAndFramesOfOneStream) {
+  // MPEG-1 layer III, 128 kbit/s at 44.1 kHz: 417 bytes a frame without padding.
+  const std::string frame = "\xff\xfb\x90\x00"s + std::string(413, '\x55');
+  const std::string id3 = "ID3\x03\x00\x00\x00\x00\x00\x05"s + "abcde" + "\0\0"s;
+  const std::string mp3 = id3 + frame + frame + frame, v1 = "TAG"s + std::string(125, 't');
+  EXPECT_EQ(walk(eWalker::mp3, mp3 + "\x01junk"s), mp3.size());
+  EXPECT_EQ(walk(eWalker::mp3, mp3 + v1 + "junk"), mp3.size() + v1.size());
+  // A frame of another sample rate is another stream.
+  EXPECT_EQ(walk(eWalker::mp3, mp3 + "\xff\xfb\x94\x00"s + frame), mp3.size());
+  EXPECT_EQ(walk(eWalker::mp3, id3 + frame + "junk"), 0u); // one frame is no stream
+}
+
+std::string tarHeader(const std::string& name, size_t size) {
+  std::string h(512, '\0');
+  h.replace(0, name.size(), name);
+  char field[13];
+  std::snprintf(field, sizeof field, "%011zo", size);
+  h.replace(124, 11, field);
+  h.replace(148, 8, std::string(8, ' '));
+  unsigned sum = 0;
+  for (unsigned char c : h) sum += c;
+  std::snprintf(field, sizeof field, "%06o", sum);
+  h.replace(148, 7, field, 7);
+  return h;
+}
+
+TEST(WalkArchives, TarEndsAfterItsEndMarkerAndRecord) {
+  const std::string members = tarHeader("a", 600) + std::string(1024, 'a') + tarHeader("b", 0);
+  const std::string zeros(1024, '\0'), record(10240 - members.size() - 1024, '\0');
+  EXPECT_EQ(walk(eWalker::tar, members + zeros + record + "next"), 10240u);
+  EXPECT_EQ(walk(eWalker::tar, members + zeros + "\x01"), members.size() + 1024);
+  std::string bad = members;
+  bad[0] = 'x'; // the checksum no longer holds
+  EXPECT_EQ(walk(eWalker::tar, bad + zeros), 0u);
+  EXPECT_EQ(walk(eWalker::tar, members + std::string(512, '\0') + "\x01"), 0u); // no marker
+}
+
 TEST(Walkers, ChosenByExtension) {
   EXPECT_EQ(walkerFor("gif"), eWalker::gif);
   EXPECT_EQ(walkerFor("GIF"), eWalker::gif);

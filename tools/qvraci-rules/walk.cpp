@@ -64,7 +64,7 @@ struct sKind {
   eWalker walker;
 };
 
-constexpr std::array<sKind, 16> kKinds = {{
+constexpr std::array<sKind, 21> kKinds = {{
     {{"gif"}, eWalker::gif},
     {{"mp4", "mov", "m4a", "m4v", "3gp", "3g2"}, eWalker::isoMedia},
     {{"mpg", "mpeg", "vob"}, eWalker::mpegProgram},
@@ -81,6 +81,11 @@ constexpr std::array<sKind, 16> kKinds = {{
     {{"7z"}, eWalker::sevenZip},
     {{"sqlite", "db"}, eWalker::sqlite},
     {{"html", "htm", "xhtml", "xml", "svg"}, eWalker::markup},
+    {{"ogg", "oga", "ogv", "opus"}, eWalker::ogg},
+    {{"mkv", "mka", "webm"}, eWalker::matroska},
+    {{"flv"}, eWalker::flv},
+    {{"mp3"}, eWalker::mp3},
+    {{"tar"}, eWalker::tar},
 }};
 
 tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
@@ -118,6 +123,16 @@ tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
     return walkSqlite(s, start);
   case eWalker::markup:
     return walkMarkup(s, start);
+  case eWalker::ogg:
+    return walkOgg(s, start);
+  case eWalker::matroska:
+    return walkMatroska(s, start);
+  case eWalker::flv:
+    return walkFlv(s, start);
+  case eWalker::mp3:
+    return walkMp3(s, start);
+  case eWalker::tar:
+    return walkTar(s, start);
   case eWalker::none:
   case eWalker::count:
     break;
@@ -126,6 +141,19 @@ tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
 }
 
 } // namespace
+
+bool walkers::copy(cByteSource& s, tPos p, unsigned char* out, tPos n) {
+  while (n > 0) {
+    tPos have = n;
+    const unsigned char* d = s.span(p, have);
+    if (!d) return false;
+    std::memcpy(out, d, have);
+    out += have;
+    p += have;
+    n -= have;
+  }
+  return true;
+}
 
 tPos walkers::find(cByteSource& s, tPos from, std::string_view needle) {
   const tPos end = s.size();

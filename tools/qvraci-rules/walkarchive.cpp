@@ -1,5 +1,6 @@
 // ZIP and 7z by their directories; gzip, bzip2 and xz by decoding them with their own
-// libraries, which alone know where a compressed stream ends.
+// libraries, which alone know where a compressed stream ends; tar by its headers.
+#include <algorithm>
 #include <bzlib.h>
 #include <cstring>
 #include <lzma.h>
@@ -206,6 +207,56 @@ tPos walkXz(cByteSource& s, tPos start) {
     for (const unsigned char* z = s.at(p, 4); z && le32(z) == 0; z = s.at(p, 4)) p += 4;
   }
   return fileEnd ? fileEnd - start : 0;
+}
+
+namespace {
+
+// A number in a tar header field: octal digits (spaces and NULs around them), or, with
+// the high bit of the first byte set, big-endian binary. False when it is neither.
+bool tarNumber(const unsigned char* field, size_t n, tPos& out) {
+  out = 0;
+  if (field[0] & 0x80) {
+    for (size_t i = 1; i < n; ++i) {
+      if (out >> 55) return false;
+      out = out << 8 | field[i];
+    }
+    return (field[0] & 0x7F) == 0;
+  }
+  size_t i = 0;
+  while (i < n && field[i] == ' ') ++i;
+  const size_t first = i;
+  for (; i < n && field[i] >= '0' && field[i] <= '7'; ++i) out = out << 3 | (field[i] - '0');
+  for (; i < n; ++i) {
+    if (field[i] != ' ' && field[i] != 0) return false;
+  }
+  return i > first;
+}
+
+} // namespace
+
+// Headers (each with a good checksum) and their data to the end-of-archive marker, two
+// blocks of zeros; then the zeros that fill the last record, up to 20 blocks.
+tPos walkTar(cByteSource& s, tPos start) {
+  constexpr tPos kBlock = 512, kRecord = 20 * kBlock;
+  unsigned char h[kBlock];
+  tPos p = start, members = 0;
+  for (;;) {
+    if (!copy(s, p, h, kBlock)) return 0;
+    if (std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; })) break;
+    tPos stored = 0, size = 0, sum = 8 * ' ';
+    for (tPos i = 0; i < kBlock; ++i) sum += i >= 148 && i < 156 ? 0 : h[i];
+    if (!tarNumber(h + 148, 8, stored) || stored != sum || !tarNumber(h + 124, 12, size)) return 0;
+    p += kBlock + (size + kBlock - 1) / kBlock * kBlock;
+    ++members;
+  }
+  if (!members || !copy(s, p + kBlock, h, kBlock) ||
+      !std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; }))
+    return 0;
+  p += 2 * kBlock;
+  while ((p - start) % kRecord && copy(s, p, h, kBlock) &&
+         std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; }))
+    p += kBlock;
+  return p - start;
 }
 
 } // namespace walkers

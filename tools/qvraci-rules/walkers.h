@@ -43,6 +43,8 @@ inline tPos number(const unsigned char* p, unsigned int n, bool bigEndian) {
   }
 }
 
+// Copies n bytes at p into out; false when they are not all there.
+bool copy(cByteSource& s, tPos p, unsigned char* out, tPos n);
 // Where needle first occurs wholly in [from, s.size()); s.size() when nowhere.
 tPos find(cByteSource& s, tPos from, std::string_view needle);
 
@@ -62,5 +64,10 @@ tPos walkXz(cByteSource& s, tPos start);
 tPos walkSevenZip(cByteSource& s, tPos start);
 tPos walkSqlite(cByteSource& s, tPos start);
 tPos walkMarkup(cByteSource& s, tPos start);
+tPos walkOgg(cByteSource& s, tPos start);
+tPos walkMatroska(cByteSource& s, tPos start);
+tPos walkFlv(cByteSource& s, tPos start);
+tPos walkMp3(cByteSource& s, tPos start);
+tPos walkTar(cByteSource& s, tPos start);
 
 } // namespace walkers
