@@ -198,13 +198,15 @@ TEST(ScanPolicy, AnAlignmentOfOneFindsFilesEmbeddedAtAnyOffset) {
   // Off the grid inside a file that is not walked, starts that are no structure (its own
   // header again, a broken JPEG) neither cut it nor change the size it read.
   sizeField(def(t, "sized", "'SZ'", 2), 2, 4, 0);
-  put(image, 2048, std::string("SZ\x00\x06\x00\x00", 6));
-  put(image, 2048 + 301, std::string("SZ\x00\x01\x00\x00", 6));
-  put(image, 2048 + 555, "\xff\xd8\xff\xe0");
+  image.resize(8192, 0x11);
+  put(image, 4096, std::string("SZ\x00\x06\x00\x00", 6));
+  put(image, 4096 + 301, std::string("SZ\x00\x01\x00\x00", 6));
+  put(image, 4096 + 555, "\xff\xd8\xff\xe0");
+  put(image, 6000, std::string("SZ\x00\x01\x00\x00", 6)); // off the grid, no walk: none
   for (unsigned block : {512u, 4096u}) {
     EXPECT_EQ(scanned(t, image, block, 1 << 20, true, 1),
               (std::vector<std::string>{"0+1306 gif structure", "801+67 jpg structure",
-                                        "2048+1536 sized size field"}));
+                                        "4096+1536 sized size field"}));
   }
 }
 

@@ -345,6 +345,9 @@ TEST(WalkDocuments, MarkupEndsAtItsLastTagAndLineEnd) {
     // Text that follows in the same run (a sector's slack, say) is not the page's.
     EXPECT_EQ(walk(eWalker::markup, page + end + "slack \x01 <x>"), page.size() + end.size());
   }
+  // The root's closing tag ends it, whatever tags the slack after it holds.
+  const std::string html = "<!DOCTYPE html>\n<!-- a > b -->\n<HTML><p>x</p></html >\n";
+  EXPECT_EQ(walk(eWalker::markup, html + "a<b>c\x01"), html.size());
   EXPECT_EQ(walk(eWalker::markup, "no tag\x01"s), 0u);
   EXPECT_EQ(walk(eWalker::markup, "<b no end"s), 0u);                  // text to the end
   EXPECT_EQ(walk(eWalker::markup, page + "\x01", 0, page.size()), 0u); // and to the limit
@@ -478,6 +481,40 @@ TEST(WalkArchives, TarEndsAfterItsEndMarkerAndRecord) {
   EXPECT_EQ(walk(eWalker::tar, members + std::string(512, '\0') + "\x01"), 0u); // no marker
 }
 
+std::string riff(const std::string& form, const std::string& chunks) {
+  return "RIFF"s + le32(4 + chunks.size()) + form + chunks;
+}
+
+TEST(WalkContainers, RiffAsfAndBmpEndWhereTheirHeadersSay) {
+  const std::string wav =
+      riff("WAVE", "fmt "s + le32(16) + std::string(16, 'f') + "data"s + le32(5) + "12345\0"s);
+  EXPECT_EQ(walk(eWalker::riff, wav + "RIFF"), wav.size());
+  std::string uneven = wav;
+  uneven[16] = 17; // the chunks no longer add up to the form
+  EXPECT_EQ(walk(eWalker::riff, uneven + std::string(64, '\0')), 0u);
+  // An AVI past its first gigabyte goes on in AVIX forms.
+  const std::string avi = riff("AVI ", "LIST"s + le32(4) + "movi") + riff("AVIX", "");
+  EXPECT_EQ(walk(eWalker::riff, avi + riff("WAVE", "")), avi.size());
+
+  const std::string guid = "\x26\xb2\x75\x8e\x66\xcf\x11\xa6\xd9\x00\xaa\x00\x62\xce\x6c"s;
+  const auto object = [](const std::string& id, size_t body) {
+    return id + le32(24 + body) + le32(0) + std::string(body, 'o');
+  };
+  const std::string asf = object("\x30"s + guid, 10) + object("\x36"s + guid, 50);
+  EXPECT_EQ(walk(eWalker::asf, asf + "\x30"s + guid), asf.size());
+  EXPECT_EQ(walk(eWalker::asf, object("\x30"s + guid, 10) + std::string(30, 'x')), 0u); // no data
+
+  // 3 by 2 pixels of 24 bits: rows of 12 bytes.
+  const auto bmp = [](unsigned size, unsigned planes) {
+    return "BM"s + le32(size) + le32(0) + le32(54) + le32(40) + le32(3) + le32(2) + le16(planes) +
+           le16(24) + le32(0) + std::string(20, '\0') + std::string(24, 'p');
+  };
+  EXPECT_EQ(walk(eWalker::bmp, bmp(78, 1) + "junk"), 78u);
+  EXPECT_EQ(walk(eWalker::bmp, bmp(0, 1) + "junk"), 78u); // no size: the end of the pixels
+  EXPECT_EQ(walk(eWalker::bmp, bmp(78, 2) + "junk"), 0u);
+  EXPECT_EQ(walk(eWalker::bmp, bmp(60, 1) + "junk"), 0u); // pixels beyond the size
+}
+
 TEST(Walkers, ChosenByExtension) {
   EXPECT_EQ(walkerFor("gif"), eWalker::gif);
   EXPECT_EQ(walkerFor("GIF"), eWalker::gif);
@@ -486,7 +523,8 @@ TEST(Walkers, ChosenByExtension) {
   EXPECT_EQ(walkerFor("mpeg"), eWalker::mpegProgram);
   EXPECT_EQ(walkerFor("JPG"), eWalker::jpeg);
   EXPECT_EQ(walkerFor("docx"), eWalker::zip);
-  EXPECT_EQ(walkerFor("bmp"), eWalker::none);
+  EXPECT_EQ(walkerFor("WAV"), eWalker::riff);
+  EXPECT_EQ(walkerFor("exe"), eWalker::none);
   EXPECT_EQ(walkerFor(""), eWalker::none);
   EXPECT_EQ(walk(eWalker::none, gif()), 0u);
 }

@@ -174,10 +174,10 @@ void cRawScanner::startAt(cByteSource& source, const unsigned char* data, unsign
     restoreOpen();
     return;
   }
-  // Off the block grid, a start within an open file is a file embedded in it, or bytes of
-  // it that look like a start by chance: it is a file of its own only when its structure
-  // ends, and the open file goes on either way.
-  if (myOpen.node && pos % myOptions.block != 0) {
+  // Off the block grid, a start is a file embedded in another (or in the bytes between
+  // files), or bytes that look like a start by chance, which are far more common there: it
+  // is a file of its own only when its structure ends, and an open file goes on either way.
+  if (pos % myOptions.block != 0) {
     const sOpen outer = std::exchange(myOpen, sOpen{found, pos, {}});
     walkEnd(source, walker, onFile);
     myOpen = outer;

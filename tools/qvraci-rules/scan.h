@@ -26,9 +26,9 @@
 //   own parts (a ZIP's local headers, a JPEG's thumbnail) and start nothing either, and
 //   other active hits start files of their own (embedded or written over it) without
 //   cutting it. When the structure is broken, the end rules decide as above.
-// - A start off the block grid (with an alignment below the block size) inside an open
-//   file is taken for a file embedded in it, or for bytes that look like a start by chance:
-//   it is reported only when its structure is walked to an end, and the open file goes on.
+// - A start off the block grid (with an alignment below the block size) is taken for a
+//   file embedded in another, or for bytes that look like a start by chance: it is
+//   reported only when its structure is walked to an end, and an open file goes on.
 // - Walking stays linear in the source: a start inside bytes that a walk of its kind has
 //   read already is not walked, and all walks together read at most kWalkBudgetFactor
 //   times the source (plus kWalkBudgetFree); past that the end rules decide.

@@ -64,7 +64,7 @@ struct sKind {
   eWalker walker;
 };
 
-constexpr std::array<sKind, 21> kKinds = {{
+constexpr std::array<sKind, 24> kKinds = {{
     {{"gif"}, eWalker::gif},
     {{"mp4", "mov", "m4a", "m4v", "3gp", "3g2"}, eWalker::isoMedia},
     {{"mpg", "mpeg", "vob"}, eWalker::mpegProgram},
@@ -86,6 +86,9 @@ constexpr std::array<sKind, 21> kKinds = {{
     {{"flv"}, eWalker::flv},
     {{"mp3"}, eWalker::mp3},
     {{"tar"}, eWalker::tar},
+    {{"wav", "avi", "webp"}, eWalker::riff},
+    {{"wmv", "wma", "asf"}, eWalker::asf},
+    {{"bmp"}, eWalker::bmp},
 }};
 
 tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
@@ -133,6 +136,12 @@ tPos walkOne(eWalker walker, cByteSource& s, tPos start) {
     return walkMp3(s, start);
   case eWalker::tar:
     return walkTar(s, start);
+  case eWalker::riff:
+    return walkRiff(s, start);
+  case eWalker::asf:
+    return walkAsf(s, start);
+  case eWalker::bmp:
+    return walkBmp(s, start);
   case eWalker::none:
   case eWalker::count:
     break;

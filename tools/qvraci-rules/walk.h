@@ -90,13 +90,17 @@ enum class eWalker {
   flv,
   mp3,
   tar,
+  riff,
+  asf,
+  bmp,
   count // the number of kinds, none included
 };
 
 // The walker for files with that extension: gif; mp4, mov, m4a, m4v, 3gp, 3g2; mpg, mpeg,
 // vob; jpg, jpeg; png; tif, tiff; zip and the formats built on it (docx, xlsx, pptx, odt,
 // ods, odp, epub, jar, apk); pdf; elf, so, o; ttf, otf; gz, tgz; bz2; xz; 7z; sqlite, db;
-// html, htm, xhtml, xml, svg; ogg, oga, ogv, opus; mkv, mka, webm; flv; mp3; tar.
+// html, htm, xhtml, xml, svg; ogg, oga, ogv, opus; mkv, mka, webm; flv; mp3; tar; wav,
+// avi, webp; wmv, wma, asf; bmp.
 eWalker walkerFor(std::string_view extension);
 
 // The length of the file of that format that starts at start, reading no further than

@@ -1,7 +1,9 @@
 // PDF by its end-of-file markers; ELF programs, fonts and SQLite databases by their
 // headers and tables; HTML and XML by their last tag.
 #include <algorithm>
+#include <cctype>
 #include <cstring>
+#include <string>
 
 #include "walkers.h"
 #include "zorb/textbytes.h"
@@ -137,31 +139,84 @@ tPos walkSqlite(cByteSource& s, tPos start) {
   return pages * page;
 }
 
-// A page or document of markup ends with a tag: the text that follows its start runs to
-// the first byte that is no text, and the file to the last '>' in it, with the line end
-// right after that (LF or CR LF). Text that runs on to the limit gives no length.
+namespace {
+
+bool nameByte(unsigned char c) {
+  return std::isalnum(c) || c == ':' || c == '_' || c == '-' || c == '.';
+}
+
+// The name of the root element, lower-cased: the first element's after the declarations,
+// comments and document type; empty when there is none near the start.
+std::string rootName(cByteSource& s, tPos p) {
+  constexpr tPos kNear = 64 * 1024;
+  const tPos until = p + kNear;
+  while (p < until) {
+    const unsigned char* c = s.at(p, 4);
+    if (!c) return {};
+    if (std::isspace(c[0])) {
+      ++p;
+    } else if (c[0] != '<') {
+      return {};
+    } else if (c[1] == '?' || c[1] == '!') {
+      // To the end of the declaration or comment.
+      const bool comment = std::memcmp(c, "<!--", 4) == 0;
+      for (p += 2; p < until; ++p) {
+        const unsigned char* e = s.at(p, 3);
+        if (!e) return {};
+        if (comment ? std::memcmp(e, "-->", 3) == 0 : e[0] == '>') break;
+      }
+      p += comment ? 3 : 1;
+    } else {
+      std::string name;
+      for (const unsigned char* n;
+           name.size() < 60 && (n = s.at(p + 1 + name.size(), 1)) && nameByte(*n);)
+        name += static_cast<char>(std::tolower(*n));
+      return name;
+    }
+  }
+  return {};
+}
+
+} // namespace
+
+// A page or document of markup runs from its start over text (to the first byte that is
+// no text) and ends with the closing tag of its root element, or failing that with its
+// last tag, and the line end right after it (LF or CR LF). Text that runs on to the limit
+// gives no length.
 tPos walkMarkup(cByteSource& s, tPos start) {
   const unsigned char* h = s.at(start, 1);
   if (!h || *h != '<') return 0;
+  const std::string close = "/" + rootName(s, start);
   const tPos end = s.size();
-  tPos p = start, lastTag = 0;
+  tPos p = start, lastTag = 0, lastClose = 0;
+  std::string tag; // what stands after the last '<', up to a bound
   for (;;) {
     tPos have = 1 << 16;
     const unsigned char* d = s.span(p, have);
     if (!d) return 0; // no byte after the text before the limit
     tPos i = 0;
-    while (i < have && zorb::isTextByte(d[i])) {
-      if (d[i] == '>') lastTag = p + i + 1;
-      ++i;
+    for (; i < have && zorb::isTextByte(d[i]); ++i) {
+      const unsigned char c = d[i];
+      if (c == '<') {
+        tag.clear();
+      } else if (c == '>') {
+        lastTag = p + i + 1;
+        const size_t name = tag.find_first_of(" \t\r\n");
+        if (close.size() > 1 && tag.substr(0, name) == close) lastClose = lastTag;
+        tag = "-"; // no tag until the next '<'
+      } else if (tag.size() < 64 && tag != "-") {
+        tag += static_cast<char>(std::tolower(c));
+      }
     }
     p += i;
     if (i < have || p >= end) break;
   }
-  if (p >= end || lastTag == 0) return 0;
-  const unsigned char* after = s.at(lastTag, 2);
-  if (after && after[0] == '\r' && after[1] == '\n') return lastTag + 2 - start;
-  if ((after = s.at(lastTag, 1)) && after[0] == '\n') return lastTag + 1 - start;
-  return lastTag - start;
+  const tPos last = lastClose ? lastClose : lastTag;
+  if (p >= end || last == 0) return 0;
+  const unsigned char* after = s.at(last, 2);
+  if (after && after[0] == '\r' && after[1] == '\n') return last + 2 - start;
+  if ((after = s.at(last, 1)) && after[0] == '\n') return last + 1 - start;
+  return last - start;
 }
 
 } // namespace walkers

@@ -69,5 +69,8 @@ tPos walkMatroska(cByteSource& s, tPos start);
 tPos walkFlv(cByteSource& s, tPos start);
 tPos walkMp3(cByteSource& s, tPos start);
 tPos walkTar(cByteSource& s, tPos start);
+tPos walkRiff(cByteSource& s, tPos start);
+tPos walkAsf(cByteSource& s, tPos start);
+tPos walkBmp(cByteSource& s, tPos start);
 
 } // namespace walkers

@@ -1,4 +1,4 @@
-// JPEG, PNG and TIFF.
+// JPEG, PNG, TIFF and BMP.
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -231,6 +231,44 @@ tPos walkTiff(cByteSource& s, tPos start) {
   const bool big = std::memcmp(h, "MM\x00\x2A", 4) == 0;
   if (!little && !big) return 0;
   return cTiffWalk(s, start, big).run(number(h + 4, 4, big));
+}
+
+// The file size in the header, once the header holds together: a known information header
+// with one plane and a usual depth, and pixels that start after the headers and, when not
+// compressed, fit in the file. Writers that leave the size 0 give the end of the pixels.
+tPos walkBmp(cByteSource& s, tPos start) {
+  const unsigned char* h = s.at(start, 30);
+  if (!h || h[0] != 'B' || h[1] != 'M') return 0;
+  const tPos size = le32(h + 2), pixels = le32(h + 10), info = le32(h + 14);
+  tPos width = 0, height = 0, planes = 0, depth = 0, compression = 0;
+  if (info == 12) {
+    width = le16(h + 18), height = le16(h + 20), planes = le16(h + 22), depth = le16(h + 24);
+  } else if (info == 40 || info == 52 || info == 56 || info == 64 || info == 108 || info == 124) {
+    const unsigned char* more = s.at(start + 18, 16);
+    if (!more) return 0;
+    width = le32(more);
+    const auto signedHeight = static_cast<int>(static_cast<unsigned int>(le32(more + 4)));
+    height =
+        static_cast<tPos>(signedHeight < 0 ? -static_cast<long long>(signedHeight) : signedHeight);
+    planes = le16(more + 8), depth = le16(more + 10), compression = le32(more + 12);
+  } else {
+    return 0;
+  }
+  static constexpr tPos kDepths[] = {1, 2, 4, 8, 16, 24, 32, 64};
+  if (planes != 1 ||
+      std::find(std::begin(kDepths), std::end(kDepths), depth) == std::end(kDepths) || width == 0 ||
+      height == 0 || width > 1u << 20 || height > 1u << 20 || pixels < 14 + info)
+    return 0;
+  const tPos raw = (width * depth + 31) / 32 * 4 * height;
+  const bool packed = compression == 0 || compression == 3 || compression == 6;
+  tPos end = size;
+  if (size == 0) {
+    if (!packed) return 0;
+    end = pixels + raw;
+  } else if (pixels >= size || (packed && pixels + raw > size)) {
+    return 0;
+  }
+  return end <= s.size() - start ? end : 0;
 }
 
 } // namespace walkers

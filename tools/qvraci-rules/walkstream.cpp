@@ -1,4 +1,5 @@
-// Streams of pages, elements, tags and frames: Ogg, Matroska and WebM, Flash video, MP3.
+// Streams of pages, elements, tags and frames: Ogg, Matroska and WebM, Flash video, MP3;
+// containers of chunks and objects: RIFF (WAV, AVI, WebP) and ASF (Windows Media).
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -181,6 +182,69 @@ tPos walkMp3(cByteSource& s, tPos start) {
       tag && std::memcmp(tag, "TAG", 3) == 0 && p + 128 <= s.size())
     p += 128;
   return p - start;
+}
+
+namespace {
+
+bool fourCc(const unsigned char* id) {
+  return std::all_of(id, id + 4, [](unsigned char c) { return c >= 0x20 && c < 0x7F; });
+}
+
+// The end of the RIFF form at p whose chunks add up to its size, or 0.
+tPos riffForm(cByteSource& s, tPos p, const char* form) {
+  const unsigned char* h = s.at(p, 12);
+  if (!h || std::memcmp(h, "RIFF", 4) != 0 || le32(h + 4) < 4) return 0;
+  if (form && std::memcmp(h + 8, form, 4) != 0) return 0;
+  const tPos end = p + 8 + le32(h + 4);
+  for (p += 12; p < end;) {
+    const unsigned char* c = s.at(p, 8);
+    if (!c || !fourCc(c)) return 0;
+    p += 8 + le32(c + 4) + (le32(c + 4) & 1);
+  }
+  // The last chunk's pad byte may lie outside the form's size.
+  return (p == end || p == end + 1) && end <= s.size() ? end : 0;
+}
+
+} // namespace
+
+// The RIFF form, whose chunks must add up to its size, and the AVIX forms that extend an
+// AVI beyond its first gigabyte.
+tPos walkRiff(cByteSource& s, tPos start) {
+  tPos end = riffForm(s, start, nullptr);
+  if (!end) return 0;
+  const unsigned char* form = s.at(start + 8, 4);
+  if (form && std::memcmp(form, "AVI ", 4) == 0) {
+    while (const tPos next = riffForm(s, end, "AVIX")) end = next;
+  }
+  return end - start;
+}
+
+// The header object and the objects after it (data and indexes), to the first bytes that
+// are none of them; the data object must be among them.
+tPos walkAsf(cByteSource& s, tPos start) {
+  static const unsigned char kHeader[16] = {0x30, 0x26, 0xB2, 0x75, 0x8E, 0x66, 0xCF, 0x11,
+                                            0xA6, 0xD9, 0x00, 0xAA, 0x00, 0x62, 0xCE, 0x6C};
+  static const unsigned char kData[16] = {0x36, 0x26, 0xB2, 0x75, 0x8E, 0x66, 0xCF, 0x11,
+                                          0xA6, 0xD9, 0x00, 0xAA, 0x00, 0x62, 0xCE, 0x6C};
+  static const unsigned char kSimpleIndex[16] = {0x90, 0x08, 0x00, 0x33, 0xB1, 0xE5, 0xCF, 0x11,
+                                                 0x89, 0xF4, 0x00, 0xA0, 0xC9, 0x03, 0x49, 0xCB};
+  static const unsigned char kIndex[16] = {0xD3, 0x29, 0xE2, 0xD6, 0xDA, 0x35, 0xD1, 0x11,
+                                           0x90, 0x34, 0x00, 0xA0, 0xC9, 0x03, 0x49, 0xBE};
+  tPos p = start;
+  bool data = false;
+  for (const unsigned char* o; (o = s.at(p, 24));) {
+    const bool header = std::memcmp(o, kHeader, 16) == 0;
+    if (header != (p == start)) break;
+    const bool isData = std::memcmp(o, kData, 16) == 0;
+    if (!header && !isData && std::memcmp(o, kSimpleIndex, 16) != 0 &&
+        std::memcmp(o, kIndex, 16) != 0)
+      break;
+    const tPos size = le64(o + 16);
+    if (size < 24 || size > s.size() - p) return 0;
+    data = data || isData;
+    p += size;
+  }
+  return data ? p - start : 0;
 }
 
 } // namespace walkers
