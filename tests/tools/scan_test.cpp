@@ -216,10 +216,13 @@ TEST(ScanPolicy, AWalkedFilesOwnPartsAreNotFiles) {
   zip->ext.set("zip");
   // A stored archive whose second local header falls on a block boundary.
   const std::string name = "a", data(600, 'd');
-  const auto local = [&] {
-    return std::string("PK\x03\x04", 4) + std::string(22, '\0') + "\x01\x00\x00\x00"s + name;
+  const auto local = [&](size_t n) { // stored: n bytes packed and unpacked
+    std::string sizes;
+    for (int i = 0; i < 8; ++i) sizes += static_cast<char>(n >> (8 * (i % 4)) & 0xFF);
+    return "PK\x03\x04"s + std::string(10, '\0') + std::string(4, '\0') + sizes +
+           "\x01\x00\x00\x00"s + name;
   };
-  std::string archive = local() + std::string(512 - 31, 'd') + local() + data;
+  std::string archive = local(512 - 31) + std::string(512 - 31, 'd') + local(600) + data;
   const std::string central = "PK\x01\x02"s + std::string(42, '\0');
   const size_t cd = archive.size();
   archive += central + "PK\x05\x06"s + std::string(6, '\0') + "\x01\x00"s +

@@ -100,6 +100,7 @@ bool cRawScanner::walkEnd(cByteSource& source, eWalker walker,
   // A walk that found its end covers the file (it may have looked further ahead in large
   // pieces); one that did not, all it read.
   if (length) reached = myOpen.start + length;
+  if (myWalkedAhead) myWalkedAhead(myOpen.start, reached);
   covered = std::max(covered, reached);
   myWalkBudget -= std::min(myWalkBudget, reached - myOpen.start);
   if (length == 0) return false;
@@ -267,6 +268,16 @@ public:
       myReleased = upTo;
     }
   }
+  // Drops the pages wholly within [from, to) from this process too; they are read again
+  // from the page cache when needed.
+  void forget(unsigned long long from, unsigned long long to) {
+    const unsigned long long page = static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
+    from = std::max(from, myReleased);
+    from = (from + page - 1) / page * page;
+    to = std::min(to, mySize) / page * page;
+    if (myData && to > from)
+      madvise(const_cast<unsigned char*>(myData) + from, to - from, MADV_DONTNEED);
+  }
   const unsigned char* data() const { return myData; }
   unsigned long long size() const { return mySize; }
 
@@ -289,6 +300,11 @@ bool cRawScanner::scan(
   }
   // A regular file is scanned in place through a mapping, which spares copying it.
   if (cMappedFile mapped(static_cast<int>(source.handle())); mapped.data()) {
+    // What a walk read ahead of the scan is not kept: resident memory stays small however
+    // far walks look.
+    myWalkedAhead = [&](unsigned long long from, unsigned long long to) {
+      mapped.forget(from + 2 * kLookahead, to);
+    };
     scanMemory(
         mapped.data(), mapped.size(), onFile,
         [&](unsigned long long done, unsigned long long total) {
@@ -296,6 +312,7 @@ bool cRawScanner::scan(
           onProgress(done, total);
         },
         stop);
+    myWalkedAhead = nullptr;
     return true;
   }
   // Block devices report no size through fstat; seeking to the end finds it.

@@ -133,4 +133,6 @@ private:
   unsigned long long myWalksSkipped = 0;
   std::unordered_map<const cScanSignature*, eWalker> myWalkers;
   std::vector<unsigned int> myCandidates; // places in the block where files may start
+  // Told the bytes each walk read, from its start, while a mapped file is scanned.
+  std::function<void(unsigned long long from, unsigned long long to)> myWalkedAhead;
 };

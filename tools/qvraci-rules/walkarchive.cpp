@@ -15,9 +15,30 @@ namespace walkers {
 // the archive's start (for ZIP64, through its locator and record); the file ends after
 // the record's comment. Local headers in between may use data descriptors, so the
 // directory is found from the end record rather than by walking the entries.
+namespace {
+
+// Whether the local header at p holds together: a known method, a name, and, when its
+// sizes stand in it, another record right after its data. The magic alone also occurs as
+// a constant in programs and in compressed data, and the end record would then be looked
+// for up to the limit.
+bool goodLocalHeader(cByteSource& s, tPos p) {
+  static constexpr tPos kMethods[] = {0, 1, 6, 8, 9, 12, 14, 19, 93, 95, 96, 97, 98, 99};
+  const unsigned char* l = s.at(p, 30);
+  if (!l || std::memcmp(l, "PK\x03\x04", 4) != 0 || l[4] > 100) return false;
+  const tPos flags = le16(l + 6), method = le16(l + 8), packed = le32(l + 18);
+  const tPos name = le16(l + 26), extra = le16(l + 28);
+  if (name == 0 ||
+      std::find(std::begin(kMethods), std::end(kMethods), method) == std::end(kMethods))
+    return false;
+  if ((flags & 8) || packed == 0xFFFFFFFF) return true; // its sizes follow its data
+  const unsigned char* next = s.at(p + 30 + name + extra + packed, 2);
+  return next && next[0] == 'P' && next[1] == 'K';
+}
+
+} // namespace
+
 tPos walkZip(cByteSource& s, tPos start) {
-  const unsigned char* h = s.at(start, 4);
-  if (!h || std::memcmp(h, "PK\x03\x04", 4) != 0) return 0;
+  if (!goodLocalHeader(s, start)) return 0;
   const tPos end = s.size();
   for (tPos q = find(s, start + 4, "PK\x05\x06"); q < end; q = find(s, q + 1, "PK\x05\x06")) {
     const unsigned char* e = s.at(q, 22);
