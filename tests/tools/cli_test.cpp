@@ -189,6 +189,9 @@ TEST_F(cCliTest, ErrorsAreOneLineAndNonZero) {
   EXPECT_EQ(notRules.status, 1);
   EXPECT_EQ(notRules.out.rfind("qvraci-rules: ", 0), 0u) << notRules.out;
   EXPECT_EQ(run("scan " + rules + " " + sample + " --max-size 64Q").status, 2);
+  for (const char* align : {"0", "3", "1024", "x"}) // a divisor of the block size
+    EXPECT_EQ(run("scan " + rules + " " + sample + " --align " + align).status, 2) << align;
+  EXPECT_EQ(run("scan " + rules + " " + sample + " --align 1").status, 0);
 }
 
 TEST_F(cCliTest, WhatAFirstTimeUserTries) {
