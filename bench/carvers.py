@@ -10,8 +10,8 @@ and source give the same image. Most files start on a 512-byte sector; one in fi
 at any byte, as files embedded in others do. The files are of twelve common types, made
 here by ImageMagick, Ghostscript, sox, ffmpeg and Python, and every tool looks for those
 twelve; or, with --packages, files that the machine's packages installed (icons, fonts,
-manuals, documentation, libraries, programs, archives), and every tool looks for all it
-knows.
+manuals, documentation, libraries, programs, archives), and qvraci-rules, photorec and
+foremost look for all they know (scalpel for the twelve).
 
 A tool's output is judged by content: a carved file that equals a placed file is exact;
 one that holds a placed file's first sector but differs is partial; one that lies within
@@ -240,8 +240,8 @@ def tool_commands(name, image, out, work, rules, everything):
         if name.startswith("qvraci-rules"):
             command += ["--carve", out]
         return [command]  # qvraci-report: the scan alone, without writing the files
-    if everything:
-        return everything_commands(name, image, out, work)
+    if everything and name != "scalpel":  # scalpel looks for the twelve types either way
+        return everything_commands(name, image, out)
     if name == "photorec":
         # photorec names its file families: riff covers AVI and WAV, mov covers MP4, and
         # txt covers HTML.
@@ -261,18 +261,13 @@ def tool_commands(name, image, out, work, rules, everything):
     raise SystemExit("unknown tool " + name)
 
 
-def everything_commands(name, image, out, work):
-    """The other tools with every type they know."""
+def everything_commands(name, image, out):
+    """photorec and foremost with every type they know."""
     if name == "photorec":
         return [["photorec", "/log", "/d", os.path.join(out, "f"), "/cmd", image,
                  "fileopt,everything,enable,search"]]
     if name == "foremost":
         return [["foremost", "-Q", "-q", "-t", "all", "-i", image, "-o", os.path.join(out, "f")]]
-    if name == "scalpel":
-        conf = os.path.join(work, "scalpel.conf")
-        with open(conf, "w") as f:
-            f.write(SCALPEL_CONF)
-        return [["scalpel", "-c", conf, "-o", os.path.join(out, "f"), image]]
     raise SystemExit("unknown tool " + name)
 
 
@@ -289,6 +284,19 @@ def timed(command, cwd):
     with open(report) as f:
         peak_kib = int(f.read().split()[-1])
     return elapsed, peak_kib * 1024
+
+
+def within(data, bodies):
+    """Whether data stands somewhere in bodies: found by its first sector, then compared."""
+    head = data[:SECTOR]
+    at = bodies.find(head)
+    for _ in range(16):  # a head that occurs often (zeros) is not followed further
+        if at < 0:
+            return False
+        if bodies.startswith(data, at):
+            return True
+        at = bodies.find(head, at + 1)
+    return False
 
 
 def judge(out, placed, contents, bodies):
@@ -311,7 +319,7 @@ def judge(out, placed, contents, bodies):
                 exact += 1
             elif hashlib.sha1(data[:SECTOR]).digest() in heads:
                 partial += 1
-            elif data and data in bodies:
+            elif data and within(data, bodies):
                 inner += 1
             else:
                 false += 1
