@@ -109,15 +109,16 @@ void cStartGate::candidates(const unsigned char* data, unsigned int from, unsign
                             std::vector<unsigned int>& out) const {
   out.clear();
   if (from >= to) return;
-  // One position, or a gate that cannot judge: ask for each position alone.
-  if (to - from <= step || myAlwaysOpen || myWindows.empty()) {
-    for (unsigned long long q = from; q < to; q += step) {
+  // Asks for each position of [first, to) alone.
+  const auto oneByOne = [&](unsigned long long first) {
+    for (unsigned long long q = first; q < to; q += step) {
       if (mayStart(data + q, avail - static_cast<unsigned int>(q))) {
         out.push_back(static_cast<unsigned int>(q));
       }
     }
-    return;
-  }
+  };
+  // One position, or a gate that cannot judge.
+  if (to - from <= step || myAlwaysOpen || myWindows.empty()) return oneByOne(from);
   const unsigned int first = myWindows.front().offset, last = myWindows.back().offset;
   // Positions whose pairs all lie within the data are found from the pairs; the few near
   // the end of the data, where a window may hold a lone byte or nothing, one by one.
@@ -136,12 +137,7 @@ void cStartGate::candidates(const unsigned char* data, unsigned int from, unsign
   }
   std::sort(out.begin(), out.end());
   out.erase(std::unique(out.begin(), out.end()), out.end());
-  for (unsigned long long q = from + (whole > from ? (whole - from + step - 1) / step * step : 0);
-       q < to; q += step) {
-    if (mayStart(data + q, avail - static_cast<unsigned int>(q))) {
-      out.push_back(static_cast<unsigned int>(q));
-    }
-  }
+  oneByOne(from + (whole > from ? (whole - from + step - 1) / step * step : 0));
 }
 
 void cStartGate::gather(const cScanSignature* first) {

@@ -260,23 +260,22 @@ bool tarNumber(const unsigned char* field, size_t n, tPos& out) {
 tPos walkTar(cByteSource& s, tPos start) {
   constexpr tPos kBlock = 512, kRecord = 20 * kBlock;
   unsigned char h[kBlock];
+  const auto zeros = [&] {
+    return std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; });
+  };
   tPos p = start, members = 0;
   for (;;) {
     if (!copy(s, p, h, kBlock)) return 0;
-    if (std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; })) break;
+    if (zeros()) break;
     tPos stored = 0, size = 0, sum = 8 * ' ';
     for (tPos i = 0; i < kBlock; ++i) sum += i >= 148 && i < 156 ? 0 : h[i];
     if (!tarNumber(h + 148, 8, stored) || stored != sum || !tarNumber(h + 124, 12, size)) return 0;
     p += kBlock + (size + kBlock - 1) / kBlock * kBlock;
     ++members;
   }
-  if (!members || !copy(s, p + kBlock, h, kBlock) ||
-      !std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; }))
-    return 0;
+  if (!members || !copy(s, p + kBlock, h, kBlock) || !zeros()) return 0;
   p += 2 * kBlock;
-  while ((p - start) % kRecord && copy(s, p, h, kBlock) &&
-         std::all_of(h, h + kBlock, [](unsigned char c) { return c == 0; }))
-    p += kBlock;
+  while ((p - start) % kRecord && copy(s, p, h, kBlock) && zeros()) p += kBlock;
   return p - start;
 }
 
