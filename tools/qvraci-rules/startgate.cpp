@@ -127,7 +127,8 @@ void cStartGate::candidates(const unsigned char* data, unsigned int from, unsign
   const auto aligned = [&](unsigned int q) {
     return q >= from && q < whole && (q - from) % step == 0;
   };
-  for (unsigned int p = from + first; p < whole + last; ++p) {
+  // With no such position, p would run past the data.
+  for (unsigned int p = from + first; whole > from && p < whole + last; ++p) {
     if (!has(myAnyPair, data + p)) continue;
     for (const sWindow& w : myWindows) {
       if (p >= w.offset && aligned(p - w.offset) && has(w.pairs, data + p)) {
