@@ -4,7 +4,8 @@
     starter_test.py QVRACI_RULES EXAMPLES_DIR WORK_DIR
 
 - examples/common.qrrs is what `build` makes of examples/common.txt;
-- every sample is recognised by the definition it belongs to (`match`);
+- every sample is identified as the definition it belongs to, and ended exactly where the
+  definition can tell its end (`identify`), as are samples cut short or followed by junk;
 - a disk image of all samples, each on a block boundary, scans to every sample at its
   offset, with its exact length where the definition has a size field, a footer or the
   end of text, or where the scanner walks the format's structure, and ending at the next
@@ -93,15 +94,41 @@ def test_built_file_is_current():
     check(len(EXPECTED) >= 25, "fewer than 25 file types are checked")
 
 
-def test_every_sample_matches(samples, qrrs):
+def identify(*paths):
+    result = rules("identify", *paths, "--report", "json")
+    return result.returncode, {os.path.basename(r["path"]): r for r in json.loads(result.stdout)}
+
+
+def test_every_sample_is_identified(samples, qrrs):
     made = sorted(f for f in os.listdir(samples))
     check(made == sorted(EXPECTED), "samples made and expected differ: %s" %
           sorted(set(made) ^ set(EXPECTED)))
-    for name, (definition, _) in EXPECTED.items():
-        result = rules("match", qrrs, os.path.join(samples, name))
-        ext = name.rsplit(".", 1)[1]
-        check(result.stdout == "match: %s [%s]\n" % (definition, ext),
-              "%s: %s%s" % (name, result.stdout.strip(), result.stderr.strip()))
+    code, found = identify(qrrs, samples)
+    for name, (definition, exact) in EXPECTED.items():
+        r = found.get(name, {})
+        check(r.get("definition") == definition and r.get("extension") == name.rsplit(".", 1)[1],
+              "%s was identified as %s" % (name, r))
+        check((r.get("verdict") == "exact") == exact, "%s: %s" % (name, r))
+    check(code == 1, "identify says all is well though some samples have no end")
+    # What a definition's author meets: a sample cut short, one with bytes after its end,
+    # a file no definition knows; and a folder of good samples passes.
+    good = os.path.join(WORK, "good")
+    shutil.rmtree(good, ignore_errors=True)
+    os.makedirs(good)
+    with open(os.path.join(samples, "image.png"), "rb") as f:
+        png = f.read()
+    for name, data in [("cut.png", png[:1000]), ("long.png", png + b"junk"),
+                       ("image.png", png), ("unknown.bin", random.Random(3).randbytes(4096))]:
+        with open(os.path.join(good, name), "wb") as out:
+            out.write(data)
+    code, found = identify(qrrs, good)
+    verdicts = {n: (r["verdict"], r["by"]) for n, r in found.items()}
+    check(verdicts == {"cut.png": ("no end", 0), "long.png": ("short", 4),
+                       "image.png": ("exact", 0), "unknown.bin": ("unrecognised", 0)},
+          "identify: %s" % verdicts)
+    check(code == 1, "identify exits %d on bad samples" % code)
+    code, _ = identify(qrrs, os.path.join(good, "image.png"))
+    check(code == 0, "identify exits %d on a good sample" % code)
 
 
 def test_scan_finds_every_sample(samples, qrrs):
@@ -153,7 +180,7 @@ def main():
     make_samples.main()
     qrrs = os.path.join(EXAMPLES, "common.qrrs")
     test_built_file_is_current()
-    test_every_sample_matches(samples, qrrs)
+    test_every_sample_is_identified(samples, qrrs)
     test_scan_finds_every_sample(samples, qrrs)
     test_random_data_holds_no_file(qrrs)
     for f in failures:

@@ -152,6 +152,30 @@ TEST_F(cCliTest, MatchSaysWhy) {
   EXPECT_EQ(run("match " + rules + " " + sample + " --offset 99999").status, 1);
 }
 
+TEST_F(cCliTest, IdentifySaysWhyAndFailsOnAnyBadSample) {
+  const std::string samples = dir + "/samples", jpg = samples + "/a.jpg";
+  ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
+  EXPECT_EQ(run("identify " + rules + " " + samples).out, "qvraci-rules: no sample files there\n");
+  write(jpg, read(sample).substr(1024, 602));
+  const sRun good = run("identify " + rules + " " + samples + " --why", true);
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.out, jpg + ": exact, JPEG image [jpg], end rule\n"
+                            "  start: JPEG image: Advanced/HEX: FF D8 FF (at 0x0)\n"
+                            "  end: end rule: Ends in 2 bytes after Adv/HEX: FF D9\n");
+  write(samples + "/b.jpg", read(sample).substr(1024, 700));
+  const sRun bad = run("identify " + rules + " " + samples + " --report csv");
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_NE(bad.out.find("\"" + samples +
+                         "/b.jpg\",700,\"JPEG image\",\"jpg\",602,\"end "
+                         "rule\",short,98\n"),
+            std::string::npos)
+      << bad.out;
+  EXPECT_NE(bad.out.find("qvraci-rules: 2 samples: 1 exact, 1 short\n  JPEG image"),
+            std::string::npos)
+      << bad.out;
+  EXPECT_EQ(run("identify " + rules).status, 2);
+}
+
 TEST_F(cCliTest, ScanReportsAndCarves) {
   const sRun csv = run("scan " + rules + " " + sample + " --report csv", true);
   EXPECT_EQ(csv.status, 0);

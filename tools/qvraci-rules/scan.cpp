@@ -48,9 +48,13 @@ cRawScanner::cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& option
       myEndOverlap(std::min(longestEndPattern(tree), kLookahead / 2)) {}
 
 void cRawScanner::finish(unsigned long long end, const char* how,
-                         const std::function<void(const sFoundFile&)>& onFile) {
-  end = std::min(std::max(end, myOpen.start), mySourceSize);
-  onFile({myOpen.start, end - myOpen.start, myOpen.node, how});
+                         const std::function<void(const sFoundFile&)>& onFile,
+                         const cScanSigEndRule* rule) {
+  end = std::max(end, myOpen.start);
+  const unsigned long long past = end > mySourceSize ? end - mySourceSize : 0;
+  end = std::min(end, mySourceSize);
+  ++myFinished;
+  onFile({myOpen.start, end - myOpen.start, myOpen.node, how, rule, past});
   myOpen = {};
 }
 
@@ -74,9 +78,9 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int range, unsign
       const int kind = r->typeOf();
       n->startPos = cScanSignature::kNoFile;
       if (kind == 1)
-        finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile);
+        finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile, r);
       else
-        finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile);
+        finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile, r);
       return true;
     }
   }
@@ -111,23 +115,32 @@ bool cRawScanner::walkEnd(cByteSource& source, eWalker walker,
 }
 
 // A file still open where the source ends ends there, unless its size field (read as it
-// opened, and asked only block by block) puts its end before.
+// opened, and asked only block by block) puts its end before; one that puts it beyond
+// tells how far.
 void cRawScanner::finishAtEnd(unsigned long long end, bool stopped,
                               const std::function<void(const sFoundFile&)>& onFile) {
-  if (!myOpen.node) return;
+  if (!myOpen.node || (myOptions.firstOnly && myFinished)) return;
+  const cScanSigEndRuleMatchSize* beyond = nullptr; // the nearest size field past the end
+  unsigned long long claimed = 0;
   for (const sNoted& n : myOpen.chain) {
     const cScanSigEndRuleMatchSize* size = n.node->getSizeEndRule();
-    if (!stopped && size && n.startPos != cScanSignature::kNoFile &&
-        n.startPos + size->fileSize() <= end) {
-      finish(n.startPos + size->fileSize(), "size field", onFile);
+    if (stopped || !size || n.startPos == cScanSignature::kNoFile) continue;
+    if (n.startPos + size->fileSize() <= end) {
+      finish(n.startPos + size->fileSize(), "size field", onFile, size);
       return;
     }
+    if (!beyond) {
+      beyond = size;
+      claimed = n.startPos + size->fileSize();
+    }
   }
-  finish(end, stopped ? "stopped" : "source end", onFile);
+  // The file is cut at the source's end; its size field says how much of it is missing.
+  finish(beyond ? claimed : end, stopped ? "stopped" : "source end", onFile, beyond);
 }
 
 void cRawScanner::begin(unsigned long long size) {
   mySourceSize = size;
+  myFinished = 0;
   myOpen = {};
   myWalkedEnd = 0;
   myWalkedKind = eWalker::none;
@@ -227,7 +240,7 @@ void cRawScanner::scanMemory(
   cMemorySource source(data, size);
   constexpr unsigned long long kProgressStep = 16ull << 20;
   unsigned long long pos = 0;
-  for (; pos < size && !stop; pos += myOptions.block) {
+  for (; pos < size && !stop && goesOn(pos); pos += myOptions.block) {
     if (pos % kProgressStep == 0) onProgress(pos, size);
     const unsigned long long left = size - pos;
     block(source, data + pos,
@@ -330,7 +343,7 @@ bool cRawScanner::scan(
   bool atEnd = false;
   unsigned long long pos = 0;
   // A pipe tells no size: it is read until it ends.
-  while ((pos < total || !atEnd) && !stop) {
+  while ((pos < total || !atEnd) && !stop && goesOn(pos)) {
     // Keep the block and its lookahead in the buffer.
     if (!atEnd && pos + myOptions.block + kLookahead > bufferPos + have) {
       const size_t keep = static_cast<size_t>(bufferPos + have - pos);

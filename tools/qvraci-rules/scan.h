@@ -51,6 +51,8 @@ struct sFoundFile {
   const cScanSignature* definition = nullptr;
   std::string how; // "size field", "end rule", "end of text", "structure", "next start", "size
                    // cap", "source end", "stopped"
+  const cScanSigEndRule* rule = nullptr; // the end rule that ended it, if one did
+  unsigned long long past = 0;           // how far past the source's end its rules put the end
 };
 
 struct sScanOptions {
@@ -58,6 +60,7 @@ struct sScanOptions {
   unsigned long long maxSize = 256ULL << 20;
   bool walk = true;       // use the structure walkers
   unsigned int align = 0; // files start at multiples of this (0: of the block size)
+  bool firstOnly = false; // only the file at the source's first byte: the scan ends with it
 };
 
 class cRawScanner {
@@ -117,7 +120,12 @@ private:
   void finishAtEnd(unsigned long long end, bool stopped,
                    const std::function<void(const sFoundFile&)>& onFile);
   void finish(unsigned long long end, const char* how,
-              const std::function<void(const sFoundFile&)>& onFile);
+              const std::function<void(const sFoundFile&)>& onFile,
+              const cScanSigEndRule* rule = nullptr);
+  // False once a scan of the first file only has that file, or none starts there.
+  bool goesOn(unsigned long long pos) const {
+    return !myOptions.firstOnly || pos == 0 || (myOpen.node && myFinished == 0);
+  }
 
   cCustomSignaturesTree& myTree;
   sScanOptions myOptions;
@@ -125,6 +133,7 @@ private:
   unsigned int myEndOverlap = 0; // how far end rules look past the block
   sOpen myOpen;
   unsigned long long mySourceSize = 0;
+  unsigned long long myFinished = 0;  // files reported by this scan
   unsigned long long myWalkedEnd = 0; // the end of the last file ended by its structure
   eWalker myWalkedKind = eWalker::none;
   // Per kind of walk: how far walks of that kind have read.

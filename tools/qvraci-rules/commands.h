@@ -1,0 +1,6 @@
+// The commands of qvraci-rules that live in files of their own.
+#pragma once
+
+#include "cli.h"
+
+int identifyCommand(const sArgs& a);
