@@ -10,12 +10,14 @@
   offset, with its exact length where the definition has a size field, a footer or the
   end of text, or where the scanner walks the format's structure, and ending at the next
   file otherwise;
+- foremost's, scalpel's and photorec's configurations import;
 - random data holds no file.
 """
 
 import json
 import os
 import random
+import re
 import shutil
 import subprocess
 import sys
@@ -164,6 +166,42 @@ def test_scan_finds_every_sample(samples, qrrs):
                   "%s: length %d (%s), not %d up to the next file" % (name, length, how, padded))
 
 
+def test_import_other_carvers(samples):
+    """The packaged foremost.conf and scalpel.conf, and a photorec signature file: every
+    definition line is converted or named as left out, the text builds, and the imported
+    JPEG, PNG and ZIP definitions recognise their samples."""
+    sig = os.path.join(WORK, "photorec.sig")
+    with open(sig, "w") as out:
+        out.write('png 0 0x89504e47 0x0d0a1a0a\nzip 0 "PK", 0x0304\nbad 0 0x123\n')
+    configs = [("foremost", "/etc/foremost.conf"), ("scalpel", "/etc/scalpel/scalpel.conf"),
+               ("photorec", sig)]
+    entry = re.compile(r"^\s*#?\s*\S+\s+[yYnN]\s+\d+\s+\S")
+    found = {}
+    for kind, config in configs:
+        text = os.path.join(WORK, kind + ".txt")
+        result = rules("import", kind, config, text, "--commented", "--force")
+        check(result.returncode == 0, "import %s: %s" % (kind, result.stderr))
+        with open(text) as f:
+            converted = f.read().count('\n  definition "')
+        left = result.stderr.count(": left out\n")
+        with open(config) as f:
+            lines = f.read().splitlines()
+        wanted = 3 if kind == "photorec" else sum(1 for l in lines if entry.match(l))
+        check(converted + left == wanted and converted > 0,
+              "import %s: %d converted + %d left out, not %d lines" %
+              (kind, converted, left, wanted))
+        built = os.path.join(WORK, kind + ".qrrs")
+        result = rules("build", text, built, "--force")
+        check(result.returncode == 0, "build of imported %s: %s" % (kind, result.stderr))
+        _, found[kind] = identify(built, samples)
+    for kind, name in [("foremost", "image.jpg"), ("foremost", "archive.zip"),
+                       ("scalpel", "archive.zip"), ("photorec", "image.png"),
+                       ("photorec", "archive.zip")]:
+        r = found[kind].get(name, {})
+        check(r.get("definition", "").startswith(kind) and r.get("verdict") == "exact",
+              "imported %s: %s: %s" % (kind, name, r))
+
+
 def test_random_data_holds_no_file(qrrs):
     noise = os.path.join(WORK, "noise.bin")
     with open(noise, "wb") as out:
@@ -182,6 +220,7 @@ def main():
     test_built_file_is_current()
     test_every_sample_is_identified(samples, qrrs)
     test_scan_finds_every_sample(samples, qrrs)
+    test_import_other_carvers(samples)
     test_random_data_holds_no_file(qrrs)
     for f in failures:
         print("FAIL:", f)

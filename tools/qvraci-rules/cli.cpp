@@ -20,6 +20,9 @@ const char kUsage[] =
     "                                     which definition recognises each sample file\n"
     "                                     (folders: every file within) and whether it\n"
     "                                     ends the file exactly\n"
+    "  import foremost|scalpel|photorec CONFIG OUT.txt [--commented] [--force]\n"
+    "                                     another carver's file types as a definition\n"
+    "                                     text (build it with build)\n"
     "  scan FILE.qrrs IMAGE [--block 512|4096] [--carve DIR] [--report csv|json]\n"
     "                       [--align N] [--max-size N] [--no-walk] [--force]\n"
     "                                     find files in a disk image, a device, or\n"
@@ -35,6 +38,9 @@ const char kUsage[] =
     "identify scans each sample alone and says: exact, short by N, long by N, no end (it\n"
     "ran to the sample's end or to --max-size), unrecognised or unreadable; a summary per\n"
     "definition goes to standard error, and the exit status is 1 unless all are exact.\n"
+    "import writes one definition per line of the configuration and names each line it\n"
+    "leaves out, and why; --commented also takes definitions behind a '#', as the\n"
+    "packaged foremost.conf and scalpel.conf ship them.\n"
     "qvraci-rules --version, qvraci-rules COMMAND --help\n";
 
 const char kVersion[] = "qvraci-rules 2.0";

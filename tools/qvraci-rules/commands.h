@@ -4,3 +4,4 @@
 #include "cli.h"
 
 int identifyCommand(const sArgs& a);
+int importCommand(const sArgs& a);

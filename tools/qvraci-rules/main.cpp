@@ -370,7 +370,7 @@ int main(int argc, char** argv) {
     }
   }
   const sArgs a =
-      parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk"},
+      parseArgs(argc, argv, 2, {"--why", "--force", "--no-walk", "--commented"},
                 {"--offset", "--block", "--carve", "--report", "--max-size", "--align"});
   if (!a.error.empty()) return usage(a.error.c_str());
   if (command == "show") return show(a);
@@ -380,6 +380,7 @@ int main(int argc, char** argv) {
   if (command == "build") return build(a);
   if (command == "match") return match(a);
   if (command == "identify") return identifyCommand(a);
+  if (command == "import") return importCommand(a);
   if (command == "scan") return scan(a);
   return usage(("unknown command " + command).c_str());
 }
