@@ -40,6 +40,9 @@ enum eText {
   txEnterName = 24
 };
 
+// Texts of the "ciom::folderchoose" section.
+enum eFolderText { txChooseFolder = 0, txFolderLabel = 1, txChoose = 2, txNoFolder = 6 };
+
 enum ePicture { kFolderPicture = 0, kFilePicture, kDrivePicture };
 
 constexpr int kButtonHeightDim = 7;
@@ -100,9 +103,18 @@ std::optional<std::string> cFileChooseDialog::save(cChildElement* parent, const 
   return dialog.run(parent, caption);
 }
 
+std::optional<std::string>
+cFileChooseDialog::chooseFolder(cChildElement* parent, const char* caption, const char* folder) {
+  cFileChooseDialog dialog(fmFolder, {}, folder, nullptr);
+  return dialog.run(parent, caption);
+}
+
 std::optional<std::string> cFileChooseDialog::run(cChildElement* parent, const char* caption) {
   if (!parent) return std::nullopt;
-  if (!caption || !*caption) {
+  if ((!caption || !*caption) && myMode == fmFolder) {
+    const cCiomLangData* section = parent->requestNamedLangResource("ciom::folderchoose");
+    caption = section ? section->string(txChooseFolder) : "";
+  } else if (!caption || !*caption) {
     const cCiomLangData* section = parent->requestNamedLangResource(wantLangResource());
     caption = section ? section->string(myMode == fmOpen ? txOpenTitle : txSaveTitle) : "";
   }
@@ -154,7 +166,8 @@ void cFileChooseDialog::onConstruct() {
   panel->anchor(&myFiles, filesX, kListTop, ~(filesX + kGap), ~(kListTop + kBelowLists));
 
   myNameLabel.setTransparent(true);
-  myNameLabel.setText(string(txFileName), -1, false);
+  myNameLabel.setText(
+      myMode == fmFolder ? folderText(txFolderLabel, "Folder:") : string(txFileName), -1, false);
   panel->anchor(&myNameLabel, kGap, ~(kBelowLists - 8), kLabelWidth, kRow);
   myName.setMaxLen(4096);
   panel->anchor(&myName, kFieldX, ~(kBelowLists - 8), ~(kFieldX + kGap), kRow);
@@ -173,12 +186,17 @@ void cFileChooseDialog::onConstruct() {
 
   const int h = theme.getDimension(kButtonHeightDim, 0);
   attach(&myButtons, 0, 0, 0, h);
-  myButtons.addButton(kAccept, string(myMode == fmOpen ? txOpen : txSave), nullptr, -1,
-                      kButtonMinWidth);
+  const char* accept = myMode == fmFolder ? folderText(txChoose, "Choose")
+                                          : string(myMode == fmOpen ? txOpen : txSave);
+  myButtons.addButton(kAccept, accept, nullptr, -1, kButtonMinWidth);
   myButtons.addButton(kCancel, string(txCancel), nullptr, -1, kButtonMinWidth);
   if (cButtonChild* accept = myButtons.button(kAccept)) accept->setDefault(true);
   anchorFooterButtons(&myButtons, myButtons.wantedWidth());
 
+  if (myMode == fmFolder) { // folders have no types
+    myTypeLabel.hide(false);
+    myTypes.hide(false);
+  }
   fillPlaces();
   // A start that cannot be shown falls back to the home folder, then to the root.
   _guardchar<char> home;
@@ -226,6 +244,7 @@ void cFileChooseDialog::fillFiles(const std::string& select) {
   int chosen = -1;
   for (int index : myListing.shown(patterns(), myShowHidden, mySort, myAscending)) {
     const sFileEntry& e = myListing.entry(index);
+    if (myMode == fmFolder && !e.folder) continue;
     if (!select.empty() && e.name == select) chosen = static_cast<int>(rows.size());
     rows.push_back(
         {{e.shown, e.folder ? std::string() : cFileListing::sizeText(e.size),
@@ -320,6 +339,12 @@ void cFileChooseDialog::sortBy(int column) {
   fillFiles(e ? e->name : std::string());
 }
 
+const char* cFileChooseDialog::folderText(int n, const char* fallback) {
+  const cCiomLangData* section = requestNamedLangResource("ciom::folderchoose");
+  const char* text = section ? section->string(n) : nullptr;
+  return textOr(text, fallback);
+}
+
 const sFileEntry* cFileChooseDialog::selectedEntry() const {
   const int row = myFiles.selected();
   if (row < 0) return nullptr;
@@ -360,6 +385,17 @@ void cFileChooseDialog::activate(const sFileEntry& e) {
 
 void cFileChooseDialog::acceptTyped() {
   const std::string typed = myName.text() ? myName.text() : "";
+  if (myMode == fmFolder) {
+    // The selected entry's own name, which the box may show with replacement characters.
+    const sFileEntry* e = selectedEntry();
+    const std::string path = typed.empty()            ? myListing.folder()
+                             : e && typed == e->shown ? wholePath(e->name, myListing.folder())
+                                                      : wholePath(typed, myListing.folder());
+    if (cFolderContents::objtype(path.c_str()) == fotFolder) return choose(path);
+    cMessageForm::errorbox(this, folderText(txNoFolder, "The folder cannot be opened."), nullptr);
+    myName.focus();
+    return;
+  }
   if (typed.empty()) {
     if (const sFileEntry* e = selectedEntry()) {
       activate(*e);
@@ -513,6 +549,10 @@ bool cFileChooseDialog::onAction(cChildElement* source, cChildAction* action) {
   const int code = action ? action->code : -1;
   if (source == &myButtons && code == cToolBarAction::kCode) {
     const int id = static_cast<cToolBarAction*>(action)->id;
+    if (id == kAccept && myMode == fmFolder) { // the named folder, not one to open
+      acceptTyped();
+      return true;
+    }
     return id == kAccept ? onFormAccept() : onFormCancel();
   }
   if (source == &myTools && code == cToolBarAction::kCode) {
@@ -537,7 +577,7 @@ bool cFileChooseDialog::onAction(cChildElement* source, cChildAction* action) {
       sortBy(index);
     } else if (const sFileEntry* e = selectedEntry()) {
       // A chosen file's name goes to the name box; Enter or a double click goes on.
-      if (!e->folder && code == cListViewChild::kSelected)
+      if ((!e->folder || myMode == fmFolder) && code == cListViewChild::kSelected)
         myName.setText(e->shown.c_str(), -1, true);
       if (code == cListViewChild::kActivated) activate(*e);
     }

@@ -1,7 +1,7 @@
-// The file choice dialog, for opening and for saving: a "Look in" path with Up, New folder
-// and Refresh; the places on the side; the folder's contents in a list (Name, Size, Type,
-// Modified; folders first; a click on a header sorts by it); the file name box, the
-// filters and the buttons below.
+// The file choice dialog, for opening, for saving and for choosing a folder: a "Look in" path with
+// Up, New folder and Refresh; the places on the side; the folder's contents in a list (Name, Size,
+// Type, Modified; folders first; a click on a header sorts by it); the file name box, the filters
+// and the buttons below.
 //
 // The name box takes a name, a relative or absolute path, or "~/...": Enter opens a folder
 // or accepts a file, and a name with * or ? becomes the list's filter. A typed path that
@@ -33,7 +33,7 @@ struct sFileFilter {
 
 class cFileChooseDialog : public cCustomForm {
 public:
-  enum eMode { fmOpen = 0, fmSave = 1 };
+  enum eMode { fmOpen = 0, fmSave = 1, fmFolder = 2 };
   enum eTool { kUp = 1, kNewFolder, kRefresh };
   enum eButton { kAccept = 1, kCancel };
   static constexpr int kWidth = 720, kHeight = 480;
@@ -47,6 +47,12 @@ public:
   static std::optional<std::string> save(cChildElement* parent, const char* caption,
                                          const std::vector<sFileFilter>& filters,
                                          const char* folder, const char* name = nullptr);
+
+  // A folder: the list shows folders alone, a double click or Enter in it opens one, and
+  // Choose takes the folder named in the name box (a selected one is put there) or, with
+  // none, the folder shown.
+  static std::optional<std::string> chooseFolder(cChildElement* parent, const char* caption,
+                                                 const char* folder);
 
   cFileChooseDialog(eMode mode, std::vector<sFileFilter> filters, const char* folder,
                     const char* name);
@@ -104,6 +110,8 @@ private:
   void choose(const std::string& path);
   void newFolder();
   void sortBy(int column);
+  // A text of the "ciom::folderchoose" section, for the folder mode.
+  const char* folderText(int n, const char* fallback);
 
   eMode myMode;
   std::vector<sFileFilter> myFilters;

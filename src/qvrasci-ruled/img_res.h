@@ -21,11 +21,12 @@ struct sRuledPicture {
 // The About banner: 475 × 258, with its close mark at (451, 6).
 QVRACI_RULED_PICTURE(kAboutBanner)
 
-// The main tool bar's New, Open, Save and About (24 × 24).
+// The main tool bar's New, Open, Save, About and Test (24 × 24).
 QVRACI_RULED_PICTURE(kToolNew)
 QVRACI_RULED_PICTURE(kToolOpen)
 QVRACI_RULED_PICTURE(kToolSave)
 QVRACI_RULED_PICTURE(kToolAbout)
+QVRACI_RULED_PICTURE(kToolTest)
 
 // The tree's root (18 × 18), container, passive and active definition (16 × 16).
 QVRACI_RULED_PICTURE(kTreeRoot)

@@ -6,6 +6,7 @@
 #include "ciom/messageform.h"
 #include "ciom/theme.h"
 #include "img_res.h"
+#include "uisamples.h"
 #include "uitext.h"
 
 namespace {
@@ -40,9 +41,11 @@ cPicturesList cRuledMainForm::myCtbImagesDsb;
 
 void cRuledMainForm::loadPictures() {
   if (myToolImages.count()) return;
-  fill(
-      myToolImages,
-      {{1, kToolNewPicture}, {2, kToolOpenPicture}, {3, kToolSavePicture}, {4, kToolAboutPicture}});
+  fill(myToolImages, {{1, kToolNewPicture},
+                      {2, kToolOpenPicture},
+                      {3, kToolSavePicture},
+                      {4, kToolAboutPicture},
+                      {5, kToolTestPicture}});
   fill(myTreeImages, {{tpRoot, kTreeRootPicture},
                       {tpContainer, kTreeContainerPicture},
                       {tpPassive, kTreePassivePicture},
@@ -95,6 +98,7 @@ void cRuledMainForm::buildTools() {
   myTools.addButton(kOpen, string(txOpen), string(txOpenHint), 2, kToolMinWidth);
   myTools.addButton(kSave, string(txSave), string(txSaveHint), 3, kToolMinWidth);
   myTools.addButton(kAbout, string(txAbout), string(txAboutHint), 4, kToolMinWidth);
+  myTools.addButton(kTest, string(txTest), string(txTestHint), 5, kToolMinWidth);
 
   myRuleTools.setPictures(&myCtbImages, &myCtbImagesAct, &myCtbImagesDsb);
   myRuleTools.addButton(kNewType, string(txNewType), string(txNewDefinition), 1);
@@ -151,7 +155,29 @@ void cRuledMainForm::onTool(int id) {
   case kAbout:
     cAboutPopupUI::runAbout(this);
     return;
+  case kTest:
+    testSamples();
+    return;
   }
+}
+
+void cRuledMainForm::testSamples() {
+  const std::string start = mySampleFolder.empty() ? myLastFolder : mySampleFolder;
+  const std::optional<std::string> folder =
+      cFileChooseDialog::chooseFolder(this, string(txTestFolder), start.c_str());
+  if (!folder) return;
+  mySampleFolder = *folder;
+  cSampleTestForm::run(this, *folder);
+  // The focus goes back to the tree, on the definition a row may have shown.
+  if (myTree.selected()) myTree.select(myTree.selected(), true);
+}
+
+void cRuledMainForm::showDefinition(cScanSignature* sig) {
+  tItem* item = myTree.find(sig);
+  if (!item) return;
+  for (tItem* p = myTree.parentItem(item); p; p = myTree.parentItem(p)) myTree.expand(p, false);
+  myTree.select(item, false);
+  activate(sig);
 }
 
 void cRuledMainForm::onRuleTool(int id) {

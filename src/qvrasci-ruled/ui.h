@@ -1,10 +1,12 @@
 // The editor's main form: the definition tree on the left; on the right a small rule bar
 // over a property sheet that shows the statistics of the whole set (root selected) or the
 // properties and rules of the selected definition. A tool bar at the top carries the file
-// commands. Every action changes the definition tree or loads or saves it.
+// commands and the sample test. Every action changes the definition tree, loads or saves it,
+// or tests it on sample files.
 //
 // ui.cpp builds the form and its two views, ui_item.cpp adds and removes definitions and
-// rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves.
+// rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves, and
+// uisamples.cpp tests the definitions on sample files.
 #pragma once
 
 #include <map>
@@ -33,7 +35,7 @@ class cRuledMainForm : public cCustomForm {
 public:
   using tItem = cTreeViewChild::cTreeViewItem;
 
-  enum eTool { kNew = 10, kOpen = 20, kSave = 30, kAbout = 40 };
+  enum eTool { kNew = 10, kOpen = 20, kSave = 30, kAbout = 40, kTest = 50 };
   enum eRuleTool { kNewType = 10, kMerge = 20, kNewStart = 30, kNewEnd = 40, kRemove = 50 };
   // The tree's pictures, by hit mode (container, passive, active) after the root's.
   enum eTreePicture { tpRoot = 1, tpContainer = 2, tpPassive = 3, tpActive = 4 };
@@ -76,6 +78,8 @@ public:
   // --- views
   void activateMain();
   void activate(cScanSignature* sig);
+  // Selects a definition in the tree (its parents opened) and shows it beside.
+  void showDefinition(cScanSignature* sig);
   void recalcRules();
   void redrawRules();
 
@@ -94,6 +98,8 @@ public:
   bool loadFile(const char* path, bool merge);
   // Saves to path beside and over the old file; errors are shown.
   void saveFile(const char* path);
+  // Asks for a folder of sample files and tests the definitions, as they stand, on them.
+  void testSamples();
 
   void processPropAction(cPropSheetChild::cPropSheetAction* action);
 
@@ -168,7 +174,7 @@ private:
 
   cCustomSignaturesTree mySignatures;
   bool mySaved = true;
-  std::string myLastFolder, myFileName, myStartFile;
+  std::string myLastFolder, myFileName, myStartFile, mySampleFolder;
   char myWork[kWorkSize] = {};
   int myCounts[3] = {0, 0, 0}; // by hit mode
   cScanSignature* myCurrent = nullptr;

@@ -63,4 +63,7 @@ enum eRuledMainText {
   txEmptyDefinition = 65,
   txNoRules = 66,
   txWordBE = 67, // 67..69 big-endian word, double word, quad word
+  txTest = 70,
+  txTestHint = 71,
+  txTestFolder = 72,
 };

@@ -35,12 +35,14 @@ inline sPoint centreOf(cChildElement* e) {
 }
 
 // Hands one step to the loop each time a modal run goes idle; the run ends (or the
-// backend's stall check throws) once the steps are used up.
+// backend's stall check throws) once the steps are used up. With ready, a step waits until
+// it holds, the loop meanwhile waiting for other threads (a job's news).
 class cScript {
 public:
-  explicit cScript(std::vector<std::function<void()>> steps) : mySteps(std::move(steps)) {
+  explicit cScript(std::vector<std::function<void()>> steps, std::function<bool()> ready = {})
+      : mySteps(std::move(steps)), myReady(std::move(ready)) {
     nsoff::setIdleHook([this] {
-      if (myNext >= mySteps.size()) return false;
+      if (myNext >= mySteps.size() || (myReady && !myReady())) return false;
       mySteps[myNext++]();
       return true;
     });
@@ -50,5 +52,6 @@ public:
 
 private:
   std::vector<std::function<void()>> mySteps;
+  std::function<bool()> myReady;
   size_t myNext = 0;
 };

@@ -10,6 +10,7 @@
 #include "../ciplatform/offscreen_fixture.h"
 #include "base/files.h"
 #include "qvrasci-ruled/ui.h"
+#include "qvrasci-ruled/uisamples.h"
 #include "zorb/csigtext.h"
 
 namespace {
@@ -334,3 +335,101 @@ TEST_F(MainForm, ClosingWithUnsavedChangesAsksAndNoKeepsTheWindow) {
 }
 
 } // namespace
+
+// A sample of the Parent definition: 'PA', then its size at 4.
+std::string parentSample(unsigned int size, const std::string& tail) {
+  std::string s = "PA";
+  s += tail.substr(0, 2);
+  for (int i = 0; i < 4; ++i) s += static_cast<char>(size >> (8 * i));
+  return s + tail.substr(std::min<size_t>(2, tail.size()));
+}
+
+TEST_F(MainForm, TheTestButtonChecksTheDefinitionsAsTheyStandOnAFolderOfSamples) {
+  open();
+  const std::string samples = dir + "/samples";
+  ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
+  std::ofstream(samples + "/a.par", std::ios::binary) << parentSample(12, "xxxxxx");
+  std::ofstream(samples + "/b.chi", std::ios::binary) << parentSample(100, "CHxxZZ");
+  std::ofstream(samples + "/c.bin", std::ios::binary) << "nothing known";
+  // Child goes, unsaved: its sample is then the Parent's, whose size field runs long.
+  select("Child");
+  cScript yes({[] { nsoff::key(kEnter); }});
+  nsoff::key(cChildElement::kKeyDelete);
+  nsoff::runUntilIdle();
+  ASSERT_EQ(sig("Child"), nullptr);
+
+  std::vector<std::vector<std::string>> shown;
+  const auto settled = [] {
+    return !cSampleTestForm::shown() || !cSampleTestForm::shown()->running();
+  };
+  cScript test({[&] { retype(samples.c_str()); }, // the folder dialog: Enter chooses it
+                [&] {
+                  cSampleTestForm* window = cSampleTestForm::shown();
+                  ASSERT_NE(window, nullptr);
+                  for (int i = 0; i < window->rows().count(); ++i)
+                    shown.push_back(window->rows().row(i).cells);
+                  EXPECT_STREQ(window->status().text(),
+                               "3 samples: 1 exact, 1 with a wrong end or none, 1 unrecognised.");
+                  window->rows().select(0, false); // a.par: Enter shows its definition
+                  nsoff::key(kEnter);
+                },
+                [] { nsoff::key(kEscape); }},
+               settled);
+  clickOn(form->tools().button(Form::kTest));
+  EXPECT_EQ(test.done(), 3u);
+  EXPECT_EQ(shown, (std::vector<std::vector<std::string>>{
+                       {"a.par", "Box/Parent", "exact", "12"},
+                       {"b.chi", "Box/Parent", "long by 88 bytes", "12"},
+                       {"c.bin", "(none)", "unrecognised", "13"}}));
+  EXPECT_EQ(form->current(), sig("Parent"));
+  EXPECT_EQ(cSampleTestForm::shown(), nullptr);
+}
+
+TEST_F(MainForm, CancelStopsTheSampleTestAndAHeaderSortsWhatItFound) {
+  open();
+  const std::string samples = dir + "/many";
+  ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
+  // Samples whose size field runs past them are read to their ends: 4 MiB each, sparse.
+  constexpr int kSamples = 200;
+  for (int i = 0; i < kSamples; ++i) {
+    const std::string path = samples + "/" + std::to_string(1000 + i) + ".par";
+    std::ofstream(path, std::ios::binary) << parentSample(0xFFFFFFF0u, "xx");
+    ASSERT_EQ(truncate(path.c_str(), 4 << 20), 0);
+  }
+  cSampleTestForm window(form.get(), samples);
+  ASSERT_TRUE(window.copyDefinitions());
+  // Clicks go where the window stands on the backend's desktop.
+  const auto click = [&](cChildElement* e, int x, int y) {
+    sPoint at, root;
+    e->absPos(at);
+    window.absPos(root);
+    const nsoff::sWindowInfo top = nsoff::topWindow();
+    nsoff::click(top.x + at.x - root.x + x, top.y + at.y - root.y + y);
+  };
+  bool cancelled = false;
+  cScript steps({[&] {
+                   click(window.buttons().button(cSampleTestForm::kCancel), 10, 10);
+                   cancelled = true;
+                 },
+                 [&] {
+                   const size_t found = window.results().size();
+                   EXPECT_LT(found, static_cast<size_t>(kSamples));
+                   EXPECT_EQ(window.rows().count(), static_cast<int>(found));
+                   EXPECT_FALSE(window.buttons().button(cSampleTestForm::kCancel)->enabled());
+                   EXPECT_EQ(std::string(window.status().text()).rfind("Stopped after ", 0), 0u)
+                       << window.status().text();
+                   // A click on the sorted column's header reverses the order.
+                   click(&window.rows(), 40, window.rows().headerHeight() / 2);
+                 },
+                 [&] {
+                   EXPECT_EQ(window.rows().sortColumn(), cSampleTestForm::kSample);
+                   EXPECT_FALSE(window.rows().sortAscending());
+                   if (window.rows().count() > 1) {
+                     EXPECT_GT(window.rows().row(0).cells[0], window.rows().row(1).cells[0]);
+                   }
+                   nsoff::key(kEscape);
+                 }},
+                [&] { return !cancelled || !window.running(); });
+  window.modal("test", cSampleTestForm::kWidth, cSampleTestForm::kHeight, form.get(), true);
+  EXPECT_EQ(steps.done(), 3u);
+}

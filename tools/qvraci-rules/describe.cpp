@@ -62,14 +62,6 @@ std::string ruleText(const cScanSigEndRule& rule) {
   return text;
 }
 
-std::string definitionPath(const cScanSignature* node) {
-  std::string path;
-  for (const cScanSignature* n = node; n; n = n->parentSig()) {
-    path = std::string(n->name.c_str()) + (path.empty() ? "" : "/" + path);
-  }
-  return path;
-}
-
 std::string loadResultText(int result) {
   switch (result) {
   case 0:

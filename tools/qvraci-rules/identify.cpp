@@ -31,6 +31,13 @@ const char* verdictWord(eVerdict verdict) {
   return "?";
 }
 
+std::string definitionPath(const cScanSignature* node) {
+  std::string path;
+  for (const cScanSignature* n = node; n; n = n->parentSig())
+    path = std::string(n->name.c_str()) + (path.empty() ? "" : "/" + path);
+  return path;
+}
+
 namespace {
 
 sScanOptions sampleOptions(unsigned int block, unsigned long long maxSize) {

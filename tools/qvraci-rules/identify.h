@@ -30,6 +30,9 @@ struct sIdentified {
   std::string error;
 };
 
+// A definition's names from the top of the tree down: "Archives/ZIP archive/EPUB book".
+std::string definitionPath(const cScanSignature* node);
+
 // "exact", "short", "long", "no end", "unrecognised", "unreadable", "stopped"
 const char* verdictWord(eVerdict verdict);
 // True when the verdict is a sample recognised and ended exactly.

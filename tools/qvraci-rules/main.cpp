@@ -19,6 +19,7 @@
 #include "cli.h"
 #include "commands.h"
 #include "describe.h"
+#include "identify.h"
 #include "scan.h"
 #include "zorb/csigtext.h"
 

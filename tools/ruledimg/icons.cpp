@@ -130,6 +130,20 @@ void toolAbout(cairo_t* cr) {
   cairo_fill(cr);
 }
 
+void toolTest(cairo_t* cr) {
+  // Samples looked at through a lens: a page, and a magnifying glass over it.
+  page(cr, 3, 2, 14, 18, kInk);
+  lines(cr, 6, 8, 7, 3, 3, 0xB7C5E0);
+  cairo_move_to(cr, 18, 17);
+  cairo_line_to(cr, 22, 21);
+  cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
+  stroke(cr, 0x5A4632, 3);
+  cairo_arc(cr, 14.5, 13.5, 5, 0, 2 * kPi);
+  rgb(cr, 0xDDEEFF, 0.85);
+  cairo_fill_preserve(cr);
+  stroke(cr, 0x3D4B66, 1.6);
+}
+
 // --- the tree
 
 void treeRoot(cairo_t* cr) {
@@ -209,12 +223,19 @@ void ruleEnd(cairo_t* cr) {
 } // namespace
 
 const sIcon kIcons[] = {
-    {"kToolNew", 24, toolNew},         {"kToolOpen", 24, toolOpen},
-    {"kToolSave", 24, toolSave},       {"kToolAbout", 24, toolAbout},
-    {"kTreeRoot", 18, treeRoot},       {"kTreeContainer", 16, treeContainer},
-    {"kTreePassive", 16, treePassive}, {"kTreeActive", 16, treeActive},
-    {"kRuleType", 16, ruleType},       {"kRuleOk", 14, ruleOk},
-    {"kRuleCancel", 14, ruleCancel},   {"kRuleStart", 14, ruleStart},
+    {"kToolNew", 24, toolNew},
+    {"kToolOpen", 24, toolOpen},
+    {"kToolSave", 24, toolSave},
+    {"kToolAbout", 24, toolAbout},
+    {"kToolTest", 24, toolTest},
+    {"kTreeRoot", 18, treeRoot},
+    {"kTreeContainer", 16, treeContainer},
+    {"kTreePassive", 16, treePassive},
+    {"kTreeActive", 16, treeActive},
+    {"kRuleType", 16, ruleType},
+    {"kRuleOk", 14, ruleOk},
+    {"kRuleCancel", 14, ruleCancel},
+    {"kRuleStart", 14, ruleStart},
     {"kRuleEnd", 14, ruleEnd},
 };
 const int kIconCount = static_cast<int>(sizeof kIcons / sizeof kIcons[0]);
