@@ -4,8 +4,8 @@
 # writes its configuration in the home folder, shows About, and closes with status 0 when
 # the window manager asks. Then a rules file is opened from the command line, a start rule
 # typed into a definition, and the set saved under a new name through the file dialog,
-# which qvraci-rules then shows; and a damaged file opens with an error, keeping what
-# could be read. Screenshots go to OUT. Exits 77 (skipped) without a display.
+# which qvraci-rules then shows, after Test... has run the set on a folder of samples; and a
+# damaged file opens with an error, keeping what could be read. Screenshots go to OUT. Exits 77 (skipped) without a display.
 #   editor_x11.sh EDITOR WMCLOSE OUT QVRACI_RULES RULES.qrrs
 set -euo pipefail
 editor=$1 wmclose=$2 out=$3 rules=$4 sample=$5
@@ -130,6 +130,22 @@ sleep 0.3
 import -window root "$out/ruled-x11-rule.png"
 xdotool key Return
 gone '^Define advanced-hex signature$'
+# Test... on a folder of samples: the folder dialog, then the window of results.
+mkdir -p "$work/samples"
+convert -size 40x30 xc:orange "$work/samples/orange.jpg"
+printf 'no known file' >"$work/samples/note.bin"
+clickAt 410 27 # Test..., the fifth button of the tool bar
+chooser=$(window '^Choose the folder of sample files$')
+[[ -n "$chooser" ]] || fail "no folder dialog for Test"
+focused "$chooser"
+xdotool type --delay 10 "$work/samples"
+xdotool key Return
+results=$(window '^Test definitions on sample files$')
+[[ -n "$results" ]] || fail "no window of test results"
+sleep 1
+import -window root "$out/ruled-x11-test.png"
+xdotool key Escape
+gone '^Test definitions on sample files$'
 saveAs "$work/out.qrrs"
 closeEditor "$wid" # saved: no question
 # Whole outputs first: grep -q ending early would fail the pipe.
