@@ -24,7 +24,16 @@ fail() { echo "$*"; cat "$log"; exit 1; }
 main='^Zorbex rules editor - version 2\.0 \(64 bit\)$'
 
 # The id of the visible window whose name matches, once it is there.
-window() { timeout 10 xdotool search --sync --onlyvisible --name "$1" | head -1; }
+# A search fails with BadWindow when a window goes while it looks (a closing form): it is
+# asked again, for up to ten seconds.
+window() {
+  local id
+  for _ in $(seq 50); do
+    id=$(xdotool search --onlyvisible --name "$1" 2>/dev/null | head -1)
+    [[ -n "$id" ]] && { echo "$id"; return 0; }
+    sleep 0.2
+  done
+}
 # Waits until no visible window has that name.
 gone() {
   for _ in $(seq 100); do
@@ -134,6 +143,7 @@ gone '^Define advanced-hex signature$'
 mkdir -p "$work/samples"
 convert -size 40x30 xc:orange "$work/samples/orange.jpg"
 printf 'no known file' >"$work/samples/note.bin"
+sleep 0.3
 clickAt 410 27 # Test..., the fifth button of the tool bar
 chooser=$(window '^Choose the folder of sample files$')
 [[ -n "$chooser" ]] || fail "no folder dialog for Test"
