@@ -273,7 +273,7 @@ void cSampleTestForm::showStatus() {
   std::string text;
   if (!myListed) {
     text = cRuledMainForm::format(string(txLooking), {myFolder});
-  } else if (myListed && myTotal == 0) {
+  } else if (myTotal == 0) {
     text = string(txNoSamples);
   } else if (myRunning && !myStopped) {
     text = cRuledMainForm::format(string(txTesting),

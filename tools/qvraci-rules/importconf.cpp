@@ -23,6 +23,11 @@ int hexValue(char c) {
   return std::isdigit(static_cast<unsigned char>(c)) ? c - '0' : std::tolower(c) - 'a' + 10;
 }
 
+// The words foremost and scalpel take after a footer.
+bool isKeyword(const std::string& word) {
+  return word == "NEXT" || word == "REVERSE" || word == "FORWARD_NEXT" || word == "ASCII";
+}
+
 std::vector<std::string> words(std::string_view line) {
   std::vector<std::string> out;
   size_t i = 0;
@@ -200,20 +205,11 @@ private:
       return;
     }
     ++myResult.lines;
-    std::string footer, keyword;
-    for (size_t k = 4; k < w.size(); ++k) {
-      const bool isKeyword =
-          w[k] == "NEXT" || w[k] == "REVERSE" || w[k] == "FORWARD_NEXT" || w[k] == "ASCII";
-      if (isKeyword && keyword.empty() && k + 1 == w.size() && k > 4) {
-        keyword = w[k];
-      } else if (k == 4) {
-        footer = w[k];
-      } else {
-        return note("more fields than extension, case, size, header, footer and keyword");
-      }
-    }
-    if (footer == "NEXT" || footer == "REVERSE" || footer == "FORWARD_NEXT" || footer == "ASCII")
-      return note(footer + " needs a footer before it");
+    // Fields after the header: a footer, then perhaps a keyword.
+    if (w.size() > 6 || (w.size() == 6 && !isKeyword(w[5])))
+      return note("more fields than extension, case, size, header, footer and keyword");
+    const std::string footer = w.size() > 4 ? w[4] : "", keyword = w.size() > 5 ? w[5] : "";
+    if (isKeyword(footer)) return note(footer + " needs a footer before it");
     if (keyword == "REVERSE")
       return note("REVERSE (the last footer within the size) cannot be expressed: end rules "
                   "end a file at its first footer");
