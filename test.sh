@@ -26,3 +26,7 @@ done
 export DISPLAY=":$(cat "$displayfile")"
 
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
+
+# The fuzz targets as scripts/fuzz.sh builds them (clang, libFuzzer), each run once over
+# its corpus.
+scripts/fuzz.sh --replay

@@ -172,6 +172,8 @@ public:
   bool select(int section, int prop, int id);
   // With focus the caption takes it (and action 6 follows); without, it is only marked.
   bool selectCapt(int section, int prop, bool focus);
+  // The sheet itself, as any element, or one row's control.
+  using cChildElement::focus;
   bool focus(int section, int prop);
   cButtonChild* actionButton(int section, int prop);
   cChildElement* editControl(int section, int prop);

@@ -238,8 +238,10 @@ bool cScrollableElement::processMouseMove(int x, int y) {
     myDragging->drag(x, y);
     return true;
   }
-  const bool changed = myVBar.hover(x, y) | myHBar.hover(x, y);
-  if (changed) repaint();
+  // Both bars learn where the pointer is, whichever of them changed.
+  const bool vChanged = myVBar.hover(x, y);
+  const bool hChanged = myHBar.hover(x, y);
+  if (vChanged || hChanged) repaint();
   if (!barAt(x, y)) return cChildElement::processMouseMove(x, y);
   changePointerReq(mpArrow);
   notifyHover(this);
@@ -258,6 +260,8 @@ bool cScrollableElement::releasePointer() {
 }
 
 void cScrollableElement::onMouseLeft() {
-  if (myVBar.hover(-1, -1) | myHBar.hover(-1, -1)) repaint();
+  const bool vChanged = myVBar.hover(-1, -1);
+  const bool hChanged = myHBar.hover(-1, -1);
+  if (vChanged || hChanged) repaint();
   cChildElement::onMouseLeft();
 }

@@ -156,11 +156,11 @@ void cRuledMainForm::editHitMode() {
 
 void cRuledMainForm::editScope() {
   cScanSignature* sig = myCurrent;
-  const int kind = sig->subset ? sig->subset->typeOf() : 0;
+  const int kind = sig->subsetType();
   const int choice = propExtend(kHitConditions, rScope,
                                 {txSameAsParent, txSubsetByOffset, txSubsetBySignature}, kind + 1);
   if (choice == 3) {
-    const auto* old = kind == 2 ? static_cast<cMagicRelativeSubset*>(sig->subset.get()) : nullptr;
+    const auto* old = kind == stMagic ? static_cast<cMagicRelativeSubset*>(sig->subset.get()) : nullptr;
     cDefSigOffsetForm::sSigOffsetdDef def;
     if (old) {
       def.pattern.set(old->text());
@@ -174,7 +174,7 @@ void cRuledMainForm::editScope() {
     if (!subset->create(def.pattern.c_str(), def.bytesAfter)) return;
     sig->subset = std::move(subset);
   } else if (choice == 2) {
-    const auto* old = kind == 1 ? static_cast<cFieldRelativeSubset*>(sig->subset.get()) : nullptr;
+    const auto* old = kind == stField ? static_cast<cFieldRelativeSubset*>(sig->subset.get()) : nullptr;
     cDefFiledForm::sFieldDef def;
     if (old) {
       def.offset = old->offset();
@@ -201,23 +201,32 @@ void cRuledMainForm::editScope() {
 
 void cRuledMainForm::editContentType() {
   cScanSignature* sig = myCurrent;
-  const int current = sig->first_typed_str(5) ? 2 : sig->first_typed_str(4) ? 1 : 3;
+  const int current = sig->first_typed_str(rtIsUnicodeText) ? 2
+                      : sig->first_typed_str(rtIsAsciiText) ? 1
+                                                            : 3;
   const int choice =
       propExtend(kHitConditions, rContentType, {txAsciiText, txUnicodeText, txBinary}, current);
   if (choice < 1) return;
   // Text rules come in pairs (the block is text; the file ends where the text does): drop
   // those of the other kinds, then add the chosen pair where missing.
-  for (const int type : {4, 5}) {
-    if (type == choice + 3) continue;
-    while (cScanSigRule* r = sig->first_typed_str(type)) sig->remove(r);
-    while (cScanSigEndRule* r = sig->first_typed_end(type)) sig->remove(r);
+  const struct {
+    eRuleType start;
+    eEndRuleType end;
+  } kPairs[] = {{rtIsAsciiText, etAsciiTextEnd}, {rtIsUnicodeText, etUnicodeTextEnd}};
+  for (int i = 0; i < 2; ++i) {
+    if (i + 1 == choice) continue;
+    while (cScanSigRule* r = sig->first_typed_str(kPairs[i].start)) sig->remove(r);
+    while (cScanSigEndRule* r = sig->first_typed_end(kPairs[i].end)) sig->remove(r);
   }
   if (choice == 1) {
-    if (!sig->first_typed_str(4)) sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
-    if (!sig->first_typed_end(4)) sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
+    if (!sig->first_typed_str(rtIsAsciiText)) sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+    if (!sig->first_typed_end(etAsciiTextEnd))
+      sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
   } else if (choice == 2) {
-    if (!sig->first_typed_str(5)) sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
-    if (!sig->first_typed_end(5)) sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
+    if (!sig->first_typed_str(rtIsUnicodeText))
+      sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
+    if (!sig->first_typed_end(etUnicodeTextEnd))
+      sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
   }
   showContentType(sig);
   changed();
@@ -246,7 +255,7 @@ void cRuledMainForm::editEndRule(cScanSigEndRule* rule) {
       if (r == rule) return n;
     return 0;
   }();
-  if (rule->typeOf() == 1) {
+  if (rule->typeOf() == etSizeField) {
     auto* size = static_cast<cScanSigEndRuleMatchSize*>(rule);
     cDefFiledForm::sFieldDef def;
     def.offset = size->fieldOffset();

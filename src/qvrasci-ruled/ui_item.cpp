@@ -87,9 +87,9 @@ void cRuledMainForm::showGeneral(cScanSignature* sig) {
 void cRuledMainForm::showContentType(cScanSignature* sig) {
   cScanSignature* owner = nullptr;
   int text = txBinary;
-  if (inheritedStr(sig, 4, owner))
+  if (inheritedStr(sig, rtIsAsciiText, owner))
     text = txAsciiText;
-  else if (inheritedStr(sig, 5, owner))
+  else if (inheritedStr(sig, rtIsUnicodeText, owner))
     text = txUnicodeText;
   // What an ancestor decides is shown, greyed, but changed only there.
   const bool own = text == txBinary || owner == sig;
@@ -100,14 +100,16 @@ void cRuledMainForm::showContentType(cScanSignature* sig) {
 }
 
 void cRuledMainForm::showScope(cScanSignature* sig) {
-  const int kind = sig->subset ? sig->subset->typeOf() : 0;
-  const int scope = kind == 1 ? txSubsetByOffset : kind == 2 ? txSubsetBySignature : txSameAsParent;
+  const int kind = sig->subsetType();
+  const int scope = kind == stField   ? txSubsetByOffset
+                    : kind == stMagic ? txSubsetBySignature
+                                      : txSameAsParent;
   if (!mySheet.hasProp(kHitConditions, rScope))
     mySheet.setProperty(kHitConditions, rScope, string(txScope), nullptr, nullptr,
                         P::ptReadonlyAction);
   mySheet.setPropertyVal(kHitConditions, rScope, string(scope));
   mySheet.remove(kHitConditions, rScopeDetail);
-  if (kind == 1) {
+  if (kind == stField) {
     const auto* field = static_cast<const cFieldRelativeSubset*>(sig->subset.get());
     const std::string detail =
         format(string(txFieldFormat),
@@ -115,7 +117,7 @@ void cRuledMainForm::showScope(cScanSignature* sig) {
                 std::to_string(field->multiplier()), std::to_string(field->increment())});
     mySheet.setProperty(kHitConditions, rScopeDetail, string(txScopeDefinedAs), nullptr,
                         detail.c_str(), P::ptReadonly);
-  } else if (kind == 2) {
+  } else if (kind == stMagic) {
     const auto* magic = static_cast<const cMagicRelativeSubset*>(sig->subset.get());
     const std::string detail = format(string(txAdvHexFormat), {magic->text()});
     mySheet.setProperty(kHitConditions, rScopeDetail, string(txScopeDefinedBy), nullptr,
@@ -136,14 +138,14 @@ void cRuledMainForm::showStartRules(cScanSignature* sig) {
   int row = 0;
   for (cScanSignature* up = sig->parentSig(); up; up = up->parentSig()) {
     for (cScanSigRule* r = up->first_str(); r; r = up->next_str(r)) {
-      if (r->typeOf() != 7) continue;
+      if (r->typeOf() != rtAdvHex) continue;
       mySheet.setProperty(kStartRules, ++row, string(txMatchingSignature), nullptr, describe(r),
                           P::ptReadonly);
       mySheet.setPropertyColor(kStartRules, row, kInheritedColour);
     }
   }
   for (cScanSigRule* r = sig->first_str(); r; r = sig->next_str(r)) {
-    if (r->typeOf() != 7) continue;
+    if (r->typeOf() != rtAdvHex) continue;
     mySheet.setProperty(kStartRules, ++row, string(txMatchingSignature), nullptr, describe(r),
                         P::ptReadonlyAction);
     myStrRows[row] = r;
@@ -153,9 +155,10 @@ void cRuledMainForm::showStartRules(cScanSignature* sig) {
 void cRuledMainForm::showEndRules(cScanSignature* sig) {
   mySheet.setSection(kEndRules, string(txEndRules));
   auto caption = [this](const cScanSigEndRule* r) {
-    return string(r->typeOf() == 7 ? txAdvHexRule : txSizeField);
+    return string(r->typeOf() == etAdvHex ? txAdvHexRule : txSizeField);
   };
-  auto shown = [](const cScanSigEndRule* r) { return r->typeOf() == 7 || r->typeOf() == 1; };
+  auto shown = [](const cScanSigEndRule* r) { return r->typeOf() == etAdvHex || r->typeOf() == etSizeField;
+  };
   int row = 0;
   for (cScanSignature* up = sig->parentSig(); up; up = up->parentSig()) {
     for (cScanSigEndRule* r = up->first_end(); r; r = up->next_end(r)) {

@@ -12,6 +12,7 @@
 #include "cihex/search.h"
 #include "needle.h"
 #include "patscan.h"
+#include "ruletypes.h"
 
 class cScanSigEndRule : public cListItem {
 public:
@@ -33,7 +34,7 @@ public:
   bool init(const unsigned char* data, unsigned int avail);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 1; }
+  int typeOf() const override { return etSizeField; }
   void genStdName(char* buf, long long bufSize) const override;
   bool supportsMultiple() const override { return false; }
   std::unique_ptr<cScanSigEndRule> clone() const override;
@@ -63,7 +64,7 @@ public:
   bool create(const char* s, bool caseSensitive, unsigned int distance);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 2; }
+  int typeOf() const override { return etAsciiString; }
   void genStdName(char* buf, long long bufSize) const override;
   std::unique_ptr<cScanSigEndRule> clone() const override;
 
@@ -81,7 +82,7 @@ public:
   bool create(const unsigned short* s, bool caseSensitive, unsigned int distance);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 3; }
+  int typeOf() const override { return etUnicodeString; }
   void genStdName(char* buf, long long bufSize) const override;
   std::unique_ptr<cScanSigEndRule> clone() const override;
 
@@ -99,7 +100,7 @@ public:
   bool create() { return true; }
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 4; }
+  int typeOf() const override { return etAsciiTextEnd; }
   void genStdName(char* buf, long long bufSize) const override;
   bool supportsMultiple() const override { return false; }
   std::unique_ptr<cScanSigEndRule> clone() const override;
@@ -111,7 +112,7 @@ public:
   bool create() { return true; }
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 5; }
+  int typeOf() const override { return etUnicodeTextEnd; }
   void genStdName(char* buf, long long bufSize) const override;
   bool supportsMultiple() const override { return false; }
   std::unique_ptr<cScanSigEndRule> clone() const override;
@@ -121,7 +122,7 @@ public:
 class cScanSigEndRuleHasHex : public cScanSigEndRuleHasStr {
 public:
   bool create(const unsigned char* bytes, unsigned int length, unsigned int distance);
-  int typeOf() const override { return 6; }
+  int typeOf() const override { return etByteSequence; }
   void genStdName(char* buf, long long bufSize) const override;
   std::unique_ptr<cScanSigEndRule> clone() const override;
 };
@@ -132,7 +133,7 @@ public:
   bool create(const char* text, unsigned int distance); // false when text does not compile
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,
              unsigned long long distance, unsigned int& endOffset) override;
-  int typeOf() const override { return 7; }
+  int typeOf() const override { return etAdvHex; }
   void genStdName(char* buf, long long bufSize) const override;
   std::unique_ptr<cScanSigEndRule> clone() const override;
 

@@ -21,6 +21,4 @@ constexpr unsigned int kMaxName = 4095;       // names, extensions, byte rules
 constexpr unsigned int kMaxQuoted = 4092;     // string rules, which gain quotes and a sign
 constexpr unsigned int kMaxMagicText = 65535; // the magic subset's text (as a u16 text)
 
-enum eResult { rOk = 0, rIo = 1, rMagic = 2, rValue = 3, rType = 4 };
-
 } // namespace qrrs

@@ -53,13 +53,13 @@ private:
 
 void writeSubset(cWriter& w, const cScanSigSubset* subset) {
   if (!subset) return;
-  if (subset->typeOf() == 1) {
+  if (subset->typeOf() == stField) {
     const auto* f = static_cast<const cFieldRelativeSubset*>(subset);
     w.u32(f->offset());
     w.u8(f->width());
     w.u32(f->multiplier());
     w.u32(f->increment());
-  } else if (subset->typeOf() == 2) {
+  } else if (subset->typeOf() == stMagic) {
     const auto* m = static_cast<const cMagicRelativeSubset*>(subset);
     _guardchar<char> a;
     _pc2a(m->text(), a);
@@ -74,14 +74,14 @@ void writeContent(cWriter& w, const cScanSigRule* rule) {
   const int type = rule->typeOf();
   w.u8(static_cast<unsigned int>(type));
   switch (type) {
-  case 1: {
+  case rtExactBytes: {
     const auto* r = static_cast<const cScanSigRuleExactMatch*>(rule);
     w.u32(r->offset());
     w.u32(static_cast<unsigned long long>(r->bytes().count()));
     w.bytes(r->bytes().data(), static_cast<size_t>(r->bytes().count()));
     break;
   }
-  case 2: {
+  case rtAsciiString: {
     const cAsciiNeedle& n = static_cast<const cScanSigRuleHasStr*>(rule)->needle();
     w.u8(n.caseSensitive() ? 1 : 0);
     const size_t length = std::strlen(n.text());
@@ -89,14 +89,14 @@ void writeContent(cWriter& w, const cScanSigRule* rule) {
     w.bytes(n.text(), length);
     break;
   }
-  case 3: {
+  case rtUnicodeString: {
     const cUnicodeNeedle& n = static_cast<const cScanSigRuleHasUniStr*>(rule)->needle();
     w.u8(n.caseSensitive() ? 1 : 0);
     w.u32(static_cast<unsigned long long>(n.length()));
     w.units(n.text(), n.length());
     break;
   }
-  case 6: {
+  case rtMaskedValue: {
     const auto* r = static_cast<const cScanSigRuleMaskMatch*>(rule);
     const int code = r->width() > 3 ? 0 : r->width();
     w.u8(static_cast<unsigned int>(code));
@@ -105,7 +105,7 @@ void writeContent(cWriter& w, const cScanSigRule* rule) {
     w.u32(r->offset());
     break;
   }
-  case 7: {
+  case rtAdvHex: {
     const auto* r = static_cast<const cScanSigRuleUniHexMatch*>(rule);
     w.text16(r->text());
     w.u32(static_cast<unsigned int>(r->blockSize()));
@@ -113,7 +113,7 @@ void writeContent(cWriter& w, const cScanSigRule* rule) {
     break;
   }
   default:
-    break; // 4, 5 have no fields; an unknown type is its type byte alone
+    break; // the text checks have no fields; an unknown type is its type byte alone
   }
 }
 
@@ -121,7 +121,7 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
   const int type = rule->typeOf();
   w.u8(static_cast<unsigned int>(type));
   switch (type) {
-  case 1: {
+  case etSizeField: {
     const auto* r = static_cast<const cScanSigEndRuleMatchSize*>(rule);
     w.u8(r->bigEndian() ? 1 : 0);
     w.u8(r->fieldBytes());
@@ -130,7 +130,7 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
     w.u32(r->multiplier());
     break;
   }
-  case 2: {
+  case etAsciiString: {
     const auto* r = static_cast<const cScanSigEndRuleHasStr*>(rule);
     w.u8(r->needle().caseSensitive() ? 1 : 0);
     w.u32(r->distance());
@@ -139,7 +139,7 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
     w.bytes(r->needle().text(), length);
     break;
   }
-  case 3: {
+  case etUnicodeString: {
     const auto* r = static_cast<const cScanSigEndRuleHasUniStr*>(rule);
     w.u8(r->needle().caseSensitive() ? 1 : 0);
     w.u32(r->distance());
@@ -147,14 +147,14 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
     w.units(r->needle().text(), r->needle().length());
     break;
   }
-  case 6: {
+  case etByteSequence: {
     const auto* r = static_cast<const cScanSigEndRuleHasHex*>(rule);
     w.u32(r->distance());
     w.u32(static_cast<unsigned long long>(r->needle().length()));
     w.bytes(r->needle().bytes(), static_cast<size_t>(r->needle().length()));
     break;
   }
-  case 7: {
+  case etAdvHex: {
     const auto* r = static_cast<const cScanSigEndRuleUniHex*>(rule);
     w.text16(r->text());
     w.u32(r->distance());
@@ -168,7 +168,7 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
 void writeNode(cWriter& w, const cScanSignature* node) {
   w.u8(kNode);
   const unsigned int subsetType =
-      node->subset ? static_cast<unsigned int>(node->subset->typeOf()) : 0;
+      static_cast<unsigned int>(node->subsetType());
   w.u8((static_cast<unsigned int>(node->hitMode) & 7) | (node->allRules ? 0 : kAnyRules) |
        ((subsetType & 15) << 4));
   writeSubset(w, node->subset.get());
@@ -216,8 +216,8 @@ private:
 
 // The outcome of reading one piece: ok, or a result code.
 struct sStep {
-  int result = rOk;
-  bool ok() const { return result == rOk; }
+  int result = lrOk;
+  bool ok() const { return result == lrOk; }
 };
 
 sStep fail(int result) {
@@ -265,16 +265,16 @@ sStep readName(cReader& in, bool oldFormat, std::string& out) {
   unsigned int n = 0;
   if (oldFormat) {
     std::vector<unsigned short> units;
-    if (!in.u32(n)) return fail(rIo);
-    if (n > kMaxName) return fail(rValue);
-    if (!in.units(n, units)) return fail(rIo);
+    if (!in.u32(n)) return fail(lrIo);
+    if (n > kMaxName) return fail(lrValue);
+    if (!in.units(n, units)) return fail(lrIo);
     out = platformText(units);
     return {};
   }
   std::string bytes;
-  if (!in.u16(n)) return fail(rIo);
-  if (n > kMaxName) return fail(rValue);
-  if (!in.text(n, bytes)) return fail(rIo);
+  if (!in.u16(n)) return fail(lrIo);
+  if (n > kMaxName) return fail(lrValue);
+  if (!in.text(n, bytes)) return fail(lrIo);
   out = platformText(bytes);
   return {};
 }
@@ -282,16 +282,16 @@ sStep readName(cReader& in, bool oldFormat, std::string& out) {
 // An ASCII or Unicode string rule's text as an Advanced/HEX pattern.
 sStep readStringPattern(cReader& in, bool unicode, bool sensitive, std::string& pattern) {
   unsigned int n = 0;
-  if (!in.u32(n)) return fail(rIo);
-  if (n > kMaxQuoted) return fail(rValue);
+  if (!in.u32(n)) return fail(lrIo);
+  if (n > kMaxQuoted) return fail(lrValue);
   if (unicode) {
     std::vector<unsigned short> units;
-    if (!in.units(n, units)) return fail(rIo);
+    if (!in.units(n, units)) return fail(lrIo);
     pattern = platformText(quoted<unsigned short>(units, sensitive, '"'));
     return {};
   }
   std::string bytes;
-  if (!in.text(n, bytes)) return fail(rIo);
+  if (!in.text(n, bytes)) return fail(lrIo);
   const std::vector<char> chars(bytes.begin(), bytes.end());
   const std::vector<char> text = quoted<char>(chars, sensitive, '\'');
   pattern = platformText(std::string(text.begin(), text.end()));
@@ -301,9 +301,9 @@ sStep readStringPattern(cReader& in, bool unicode, bool sensitive, std::string& 
 sStep readByteRun(cReader& in, std::string& hex) {
   unsigned int n = 0;
   std::string bytes;
-  if (!in.u32(n)) return fail(rIo);
-  if (n > kMaxName) return fail(rValue);
-  if (!in.text(n, bytes)) return fail(rIo);
+  if (!in.u32(n)) return fail(lrIo);
+  if (n > kMaxName) return fail(lrValue);
+  if (!in.text(n, bytes)) return fail(lrIo);
   hex = hexText(bytes);
   return {};
 }
@@ -311,7 +311,7 @@ sStep readByteRun(cReader& in, std::string& hex) {
 sStep readAdvText(cReader& in, std::string& text) {
   unsigned int n = 0;
   std::string bytes;
-  if (!in.u16(n) || !in.text(n, bytes)) return fail(rIo);
+  if (!in.u16(n) || !in.text(n, bytes)) return fail(lrIo);
   text = platformText(bytes);
   return {};
 }
@@ -319,14 +319,14 @@ sStep readAdvText(cReader& in, std::string& text) {
 sStep addAdvContent(cScanSignature* node, const std::string& text, unsigned int block,
                     unsigned int offset) {
   auto rule = std::make_unique<cScanSigRuleUniHexMatch>();
-  if (!rule->create(text.c_str(), block, offset)) return fail(rValue);
+  if (!rule->create(text.c_str(), block, offset)) return fail(lrValue);
   node->addStrRule(std::move(rule));
   return {};
 }
 
 sStep addAdvEnd(cScanSignature* node, const std::string& text, unsigned int distance) {
   auto rule = std::make_unique<cScanSigEndRuleUniHex>();
-  if (!rule->create(text.c_str(), distance)) return fail(rValue);
+  if (!rule->create(text.c_str(), distance)) return fail(lrValue);
   node->addEndRule(std::move(rule));
   return {};
 }
@@ -336,31 +336,31 @@ sStep readContent(cReader& in, unsigned int type, cScanSignature* node) {
   std::string text;
   sStep step;
   switch (type) {
-  case 1:
-    if (!in.u32(a)) return fail(rIo);
+  case rtExactBytes:
+    if (!in.u32(a)) return fail(lrIo);
     if (!(step = readByteRun(in, text)).ok()) return step;
     return addAdvContent(node, text, 0, a);
-  case 2:
-  case 3:
-    if (!in.u8(a)) return fail(rIo);
-    if (!(step = readStringPattern(in, type == 3, a == 1, text)).ok()) return step;
+  case rtAsciiString:
+  case rtUnicodeString:
+    if (!in.u8(a)) return fail(lrIo);
+    if (!(step = readStringPattern(in, type == rtUnicodeString, a == 1, text)).ok()) return step;
     return addAdvContent(node, text, 0, 0xFFFFFFFF);
-  case 4:
+  case rtIsAsciiText:
     node->addStrRule(std::make_unique<cScanSigRuleIsStr>());
     return {};
-  case 5:
+  case rtIsUnicodeText:
     node->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
     return {};
-  case 6: {
-    if (!in.u8(a)) return fail(rIo);
-    if (a > 3) return fail(rValue);
+  case rtMaskedValue: {
+    if (!in.u8(a)) return fail(lrIo);
+    if (a > 3) return fail(lrValue);
     std::string value, mask;
-    if (!in.text(1u << a, value) || !in.text(1u << a, mask) || !in.u32(b)) return fail(rIo);
+    if (!in.text(1u << a, value) || !in.text(1u << a, mask) || !in.u32(b)) return fail(lrIo);
     return addAdvContent(node, "[" + hexText(value) + "/" + hexText(mask) + "]", 0, b);
   }
-  default: // 7
+  default: // rtAdvHex
     if (!(step = readAdvText(in, text)).ok()) return step;
-    if (!in.u32(a) || !in.u32(b)) return fail(rIo);
+    if (!in.u32(a) || !in.u32(b)) return fail(lrIo);
     return addAdvContent(node, text, a, b);
   }
 }
@@ -370,33 +370,33 @@ sStep readEnd(cReader& in, unsigned int type, cScanSignature* node) {
   std::string text;
   sStep step;
   switch (type) {
-  case 1: {
-    if (!in.u8(a) || !in.u8(b) || !in.u32(c) || !in.u32(d)) return fail(rIo);
+  case etSizeField: {
+    if (!in.u8(a) || !in.u8(b) || !in.u32(c) || !in.u32(d)) return fail(lrIo);
     unsigned int multiplier = 0;
-    if (!in.u32(multiplier)) return fail(rIo);
+    if (!in.u32(multiplier)) return fail(lrIo);
     auto rule = std::make_unique<cScanSigEndRuleMatchSize>();
     rule->create(c, static_cast<unsigned char>(b), d, multiplier, a == 1);
     node->addEndRule(std::move(rule));
     return {};
   }
-  case 2:
-  case 3:
-    if (!in.u8(a) || !in.u32(b)) return fail(rIo);
-    if (!(step = readStringPattern(in, type == 3, a == 1, text)).ok()) return step;
+  case etAsciiString:
+  case etUnicodeString:
+    if (!in.u8(a) || !in.u32(b)) return fail(lrIo);
+    if (!(step = readStringPattern(in, type == etUnicodeString, a == 1, text)).ok()) return step;
     return addAdvEnd(node, text, b);
-  case 4:
+  case etAsciiTextEnd:
     node->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
     return {};
-  case 5:
+  case etUnicodeTextEnd:
     node->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
     return {};
-  case 6:
-    if (!in.u32(a)) return fail(rIo);
+  case etByteSequence:
+    if (!in.u32(a)) return fail(lrIo);
     if (!(step = readByteRun(in, text)).ok()) return step;
     return addAdvEnd(node, text, a);
-  default: // 7
+  default: // etAdvHex
     if (!(step = readAdvText(in, text)).ok()) return step;
-    if (!in.u32(a)) return fail(rIo);
+    if (!in.u32(a)) return fail(lrIo);
     return addAdvEnd(node, text, a);
   }
 }
@@ -405,9 +405,9 @@ sStep readEnd(cReader& in, unsigned int type, cScanSignature* node) {
 template <class Read> sStep readRules(cReader& in, cScanSignature* node, Read read) {
   for (;;) {
     unsigned int type = 0;
-    if (!in.u8(type)) return fail(rIo);
+    if (!in.u8(type)) return fail(lrIo);
     if (type == 0) return {};
-    if (type > 7) return fail(rType);
+    if (type > rtAdvHex) return fail(lrType); // both lists end at 7
     const sStep step = read(in, type, node);
     if (!step.ok()) return step;
   }
@@ -415,18 +415,18 @@ template <class Read> sStep readRules(cReader& in, cScanSignature* node, Read re
 
 sStep readSubset(cReader& in, unsigned int type, cScanSignature* node) {
   unsigned int a = 0, b = 0, c = 0, d = 0;
-  if (type == 1) {
-    if (!in.u32(a) || !in.u8(b) || !in.u32(c) || !in.u32(d)) return fail(rIo);
+  if (type == stField) {
+    if (!in.u32(a) || !in.u8(b) || !in.u32(c) || !in.u32(d)) return fail(lrIo);
     auto subset = std::make_unique<cFieldRelativeSubset>();
     subset->create(a, static_cast<unsigned char>(b), c, d);
     node->subset = std::move(subset);
-  } else if (type == 2) {
+  } else if (type == stMagic) {
     std::string text;
-    if (!in.u32(a)) return fail(rIo);
-    if (a > kMaxMagicText) return fail(rValue);
-    if (!in.text(a, text) || !in.u32(b)) return fail(rIo);
+    if (!in.u32(a)) return fail(lrIo);
+    if (a > kMaxMagicText) return fail(lrValue);
+    if (!in.text(a, text) || !in.u32(b)) return fail(lrIo);
     auto subset = std::make_unique<cMagicRelativeSubset>();
-    if (!subset->create(platformText(text).c_str(), b)) return fail(rValue);
+    if (!subset->create(platformText(text).c_str(), b)) return fail(lrValue);
     node->subset = std::move(subset);
   }
   return {};
@@ -434,15 +434,32 @@ sStep readSubset(cReader& in, unsigned int type, cScanSignature* node) {
 
 } // namespace
 
+const char* loadResultText(int result) {
+  switch (result) {
+  case lrOk:
+    return "ok";
+  case lrIo:
+    return "read failure or file too short";
+  case lrMagic:
+    return "unknown magic: not a rules file";
+  case lrValue:
+    return "a value too long or a rule that cannot be built";
+  case lrType:
+    return "unknown rule type";
+  default:
+    return "unknown load result";
+  }
+}
+
 int cCustomSignaturesTree::save(cFileIOTarget* target) {
-  if (!target || !target->writef(kMagic, kMagicSize)) return rIo;
+  if (!target || !target->writef(kMagic, kMagicSize)) return lrIo;
   return saveLevel(target, firstSig());
 }
 
 // Written without recursion: a node's children follow it at once, and each row ends with
 // 0x00, so a walk in tree order that closes the rows it leaves writes the same bytes.
 int cCustomSignaturesTree::saveLevel(cFileIOTarget* target, cScanSignature* first) {
-  if (!target) return rIo;
+  if (!target) return lrIo;
   cWriter w(target);
   const cScanSignature* top = first ? first->parentSig() : nullptr;
   const cScanSignature* node = first;
@@ -456,25 +473,25 @@ int cCustomSignaturesTree::saveLevel(cFileIOTarget* target, cScanSignature* firs
     while (!node->nextSig()) {
       w.u8(kEnd); // the end of this node's row
       node = node->parentSig();
-      if (node == top) return w.ok() ? rOk : rIo;
+      if (node == top) return w.ok() ? lrOk : lrIo;
     }
     node = node->nextSig();
   }
   if (!first) w.u8(kEnd);
-  return w.ok() ? rOk : rIo;
+  return w.ok() ? lrOk : lrIo;
 }
 
 int cCustomSignaturesTree::load(cFileIOTarget* target) {
   char magic[kMagicSize];
-  if (!target || !target->readf(magic, kMagicSize)) return rIo;
+  if (!target || !target->readf(magic, kMagicSize)) return lrIo;
   const bool old = std::memcmp(magic, kOldMagic, kMagicSize) == 0;
-  if (!old && std::memcmp(magic, kMagic, kMagicSize) != 0) return rMagic;
+  if (!old && std::memcmp(magic, kMagic, kMagicSize) != 0) return lrMagic;
   return loadLevel(target, nullptr, old);
 }
 
 int cCustomSignaturesTree::loadLevel(cFileIOTarget* target, cScanSignature* parent,
                                      bool oldFormat) {
-  if (!target) return rIo;
+  if (!target) return lrIo;
   return loadNodes(target, parent, oldFormat, parent ? parent->depth() + 1 : 0);
 }
 
@@ -483,10 +500,10 @@ int cCustomSignaturesTree::loadNodes(cFileIOTarget* target, cScanSignature* pare
   cReader in(target);
   for (;;) {
     unsigned int marker = 0, flags = 0;
-    if (!in.u8(marker)) return rIo;
-    if (marker == kEnd) return rOk;
-    if (depth >= kMaxDepth) return rValue; // deeper than any real definition set
-    if (!in.u8(flags)) return rIo;
+    if (!in.u8(marker)) return lrIo;
+    if (marker == kEnd) return lrOk;
+    if (depth >= kMaxDepth) return lrValue; // deeper than any real definition set
+    if (!in.u8(flags)) return lrIo;
     cScanSignature* node = add(parent, std::make_unique<cScanSignature>());
     sStep step = readSubset(in, flags >> 4, node);
     std::string name, ext;
@@ -499,6 +516,6 @@ int cCustomSignaturesTree::loadNodes(cFileIOTarget* target, cScanSignature* pare
     if (!(step = readRules(in, node, readContent)).ok()) return step.result;
     if (!(step = readRules(in, node, readEnd)).ok()) return step.result;
     const int children = loadNodes(target, node, oldFormat, depth + 1);
-    if (children != rOk) return children;
+    if (children != lrOk) return children;
   }
 }

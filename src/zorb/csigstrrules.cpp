@@ -55,6 +55,16 @@ std::unique_ptr<cScanSigRule> cScanSigRuleExactMatch::clone() const {
                                         myOffset);
 }
 
+sByteDemand cScanSigRuleExactMatch::demand() const {
+  sByteDemand d{myOffset, {}};
+  for (long long i = 0; i < myBytes.count(); ++i) {
+    sHexSearchRule::sByteDescr only{};
+    only.add(myBytes.data()[i]);
+    d.values.push_back(only);
+  }
+  return d;
+}
+
 void cScanSigRuleExactMatch::genStdName(char* buf, long long bufSize) const {
   zorb::describeBytes(buf, bufSize, "At offset %d contains [%s].", static_cast<int>(myOffset),
                       myBytes.data(), myBytes.count());
@@ -163,6 +173,20 @@ std::unique_ptr<cScanSigRule> cScanSigRuleMaskMatch::clone() const {
   return rule;
 }
 
+sByteDemand cScanSigRuleMaskMatch::demand() const {
+  sByteDemand d{myOffset, {}};
+  for (int i = 0; i < (1 << myWidth); ++i) {
+    const auto m = static_cast<unsigned char>(myMask >> (8 * i));
+    const auto v = static_cast<unsigned char>(myValue >> (8 * i));
+    sHexSearchRule::sByteDescr allowed{}; // a value bit outside the mask never hits
+    for (int x = 0; x < 256 && (myValue & ~myMask) == 0; ++x) {
+      if ((x & m) == v) allowed.add(static_cast<unsigned char>(x));
+    }
+    d.values.push_back(allowed);
+  }
+  return d;
+}
+
 void cScanSigRuleMaskMatch::genStdName(char* buf, long long bufSize) const {
   static const char* const names[] = {"BYTE", "WORD", "DWORD", "QWORD"};
   _sprintf_s(buf, bufSize, "%s value at %d by mask [0x%llX] is 0x%llX", names[myWidth & 3],
@@ -206,6 +230,12 @@ bool cScanSigRuleUniHexMatch::match(const unsigned char* data, unsigned int size
 std::unique_ptr<cScanSigRule> cScanSigRuleUniHexMatch::clone() const {
   return remade<cScanSigRuleUniHexMatch>(mySearch.text(), static_cast<unsigned int>(myBlockSize),
                                          static_cast<unsigned int>(myOffset));
+}
+
+sByteDemand cScanSigRuleUniHexMatch::demand() const {
+  if (myBlockSize != 0 || myOffset < 0) return {}; // on a grid, or anywhere
+  const sHexSearchRule::_pattern& p = mySearch.pattern();
+  return {static_cast<unsigned int>(myOffset), {p.data(), p.data() + p.count()}};
 }
 
 void cScanSigRuleUniHexMatch::genStdName(char* buf, long long bufSize) const {

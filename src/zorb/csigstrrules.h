@@ -8,12 +8,22 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "base/buffers.h"
 #include "base/list.h"
 #include "cihex/search.h"
 #include "needle.h"
 #include "patscan.h"
+#include "ruletypes.h"
+
+// What a rule demands of every block it hits: the byte values allowed at consecutive
+// offsets from `offset`. No values: the rule can hit without fixed bytes (a search, a text
+// check).
+struct sByteDemand {
+  unsigned int offset = 0;
+  std::vector<sHexSearchRule::sByteDescr> values;
+};
 
 class cScanSigRule : public cListItem {
 public:
@@ -23,6 +33,8 @@ public:
   virtual int typeOf() const = 0;
   virtual void genStdName(char* buf, long long bufSize) const = 0;
   virtual bool supportsMultiple() const { return true; }
+  // For quick tests that spare asking the tree about blocks no rule can hit.
+  virtual sByteDemand demand() const { return {}; }
 };
 
 // 1: the bytes at a fixed offset.
@@ -31,8 +43,9 @@ public:
   bool create(const unsigned char* bytes, unsigned int length, unsigned int offset);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 1; }
+  int typeOf() const override { return rtExactBytes; }
   void genStdName(char* buf, long long bufSize) const override;
+  sByteDemand demand() const override;
 
   const _typebuf<unsigned char>& bytes() const { return myBytes; }
   unsigned int offset() const { return myOffset; }
@@ -48,7 +61,7 @@ public:
   bool create(const char* s, bool caseSensitive);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 2; }
+  int typeOf() const override { return rtAsciiString; }
   void genStdName(char* buf, long long bufSize) const override;
 
   const cAsciiNeedle& needle() const { return myNeedle; }
@@ -63,7 +76,7 @@ public:
   bool create(const unsigned short* s, bool caseSensitive);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 3; }
+  int typeOf() const override { return rtUnicodeString; }
   void genStdName(char* buf, long long bufSize) const override;
 
   const cUnicodeNeedle& needle() const { return myNeedle; }
@@ -78,7 +91,7 @@ public:
   bool create() { return true; }
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 4; }
+  int typeOf() const override { return rtIsAsciiText; }
   void genStdName(char* buf, long long bufSize) const override;
   bool supportsMultiple() const override { return false; }
 };
@@ -89,7 +102,7 @@ public:
   bool create() { return true; }
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 5; }
+  int typeOf() const override { return rtIsUnicodeText; }
   void genStdName(char* buf, long long bufSize) const override;
   bool supportsMultiple() const override { return false; }
 };
@@ -102,8 +115,9 @@ public:
                        unsigned int offset);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 6; }
+  int typeOf() const override { return rtMaskedValue; }
   void genStdName(char* buf, long long bufSize) const override;
+  sByteDemand demand() const override;
 
   unsigned long long value() const { return myValue; }
   unsigned char width() const { return myWidth; }
@@ -125,8 +139,9 @@ public:
   bool create(const char* text, unsigned int blockSize, unsigned int offset);
   bool match(const unsigned char* data, unsigned int size, unsigned int avail) override;
   std::unique_ptr<cScanSigRule> clone() const override;
-  int typeOf() const override { return 7; }
+  int typeOf() const override { return rtAdvHex; }
   void genStdName(char* buf, long long bufSize) const override;
+  sByteDemand demand() const override;
 
   const char* text() const { return mySearch.text(); }
   int blockSize() const { return myBlockSize; }

@@ -73,7 +73,7 @@ std::string modeWord(int hitMode) {
 }
 
 std::string subsetLine(const cScanSigSubset& subset) {
-  if (subset.typeOf() == 1) {
+  if (subset.typeOf() == stField) {
     const auto& f = static_cast<const cFieldRelativeSubset&>(subset);
     return "subset field at " + std::to_string(f.offset()) + " width " +
            kWidths[f.width() > 6 ? 6 : f.width()] + " multiplier " +
@@ -85,13 +85,13 @@ std::string subsetLine(const cScanSigSubset& subset) {
 
 bool startLine(const cScanSigRule& rule, std::string& line) {
   switch (rule.typeOf()) {
-  case 4:
+  case rtIsAsciiText:
     line = "start ascii-text";
     return true;
-  case 5:
+  case rtIsUnicodeText:
     line = "start unicode-text";
     return true;
-  case 7: {
+  case rtAdvHex: {
     const auto& r = static_cast<const cScanSigRuleUniHexMatch&>(rule);
     line = r.offset() == -1 ? "start scan" : "start at " + std::to_string(r.offset());
     if (r.blockSize() != 0) line += " block " + std::to_string(r.blockSize());
@@ -105,7 +105,7 @@ bool startLine(const cScanSigRule& rule, std::string& line) {
 
 bool endLine(const cScanSigEndRule& rule, std::string& line) {
   switch (rule.typeOf()) {
-  case 1: {
+  case etSizeField: {
     const auto& r = static_cast<const cScanSigEndRuleMatchSize&>(rule);
     line = "end size at " + std::to_string(r.fieldOffset()) + " width " +
            std::to_string(r.fieldBytes()) + (r.bigEndian() ? " big-endian" : " little-endian") +
@@ -113,13 +113,13 @@ bool endLine(const cScanSigEndRule& rule, std::string& line) {
            std::to_string(r.increment());
     return true;
   }
-  case 4:
+  case etAsciiTextEnd:
     line = "end ascii-text";
     return true;
-  case 5:
+  case etUnicodeTextEnd:
     line = "end unicode-text";
     return true;
-  case 7: {
+  case etAdvHex: {
     const auto& r = static_cast<const cScanSigEndRuleUniHex&>(rule);
     line = "end after " + std::to_string(r.distance()) + patternTail(r.text());
     return true;

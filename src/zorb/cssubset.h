@@ -8,6 +8,7 @@
 #include "base/buffers.h"
 #include "cihex/search.h"
 #include "patscan.h"
+#include "ruletypes.h"
 
 class cScanSigSubset {
 public:
@@ -27,7 +28,7 @@ public:
   bool create(unsigned int offset, unsigned char width, unsigned int multiplier = 1,
               unsigned int increment = 0); // widths above 6 are clamped to 6
   unsigned int subset(const unsigned char* data, unsigned int size) override;
-  int typeOf() const override { return 1; }
+  int typeOf() const override { return stField; }
   std::unique_ptr<cScanSigSubset> clone() const override;
 
   unsigned int offset() const { return myOffset; }
@@ -47,7 +48,7 @@ class cMagicRelativeSubset : public cScanSigSubset {
 public:
   bool create(const char* text, unsigned int offset); // false when text does not compile
   unsigned int subset(const unsigned char* data, unsigned int size) override;
-  int typeOf() const override { return 2; }
+  int typeOf() const override { return stMagic; }
   std::unique_ptr<cScanSigSubset> clone() const override;
 
   const char* text() const { return mySearch.text(); }

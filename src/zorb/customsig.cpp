@@ -58,7 +58,7 @@ cScanSigEndRule* cScanSignature::first_typed_end(int type) const {
 }
 
 cScanSigEndRuleMatchSize* cScanSignature::getSizeEndRule() const {
-  return static_cast<cScanSigEndRuleMatchSize*>(first_typed_end(1));
+  return static_cast<cScanSigEndRuleMatchSize*>(first_typed_end(etSizeField));
 }
 
 bool cScanSignature::match(const unsigned char* data, unsigned int size, unsigned int avail,

@@ -42,6 +42,7 @@ public:
   bool hasStrRules() const { return !myStrRules.empty(); }
   bool hasEndRules() const { return !myEndRules.empty(); }
   cScanSigEndRuleMatchSize* getSizeEndRule() const;
+  int subsetType() const { return subset ? subset->typeOf() : int{stNone}; }
 
   // True when the content rules hit (all of them, or any, by allRules).
   bool match(const unsigned char* data, unsigned int size, unsigned int avail,

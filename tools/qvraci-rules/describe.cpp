@@ -29,7 +29,7 @@ std::string combinationText(bool allRules) {
 std::string subsetText(const cScanSigSubset* subset) {
   if (!subset) return "";
   char text[512];
-  if (subset->typeOf() == 1) {
+  if (subset->typeOf() == stField) {
     static const char* const sizes[] = {"byte (8bit)",
                                         "word (16bit)",
                                         "double-word (32bit)",
@@ -60,23 +60,6 @@ std::string ruleText(const cScanSigEndRule& rule) {
   char text[16384];
   rule.genStdName(text, sizeof text);
   return text;
-}
-
-std::string loadResultText(int result) {
-  switch (result) {
-  case 0:
-    return "ok";
-  case 1:
-    return "read failure or file too short";
-  case 2:
-    return "unknown magic: not a rules file";
-  case 3:
-    return "a value too long or a rule that cannot be built";
-  case 4:
-    return "unknown rule type";
-  default:
-    return "load result " + std::to_string(result);
-  }
 }
 
 bool buildRulesText(const char* path, cFileIO& file, cCustomSignaturesTree& tree) {
@@ -119,7 +102,7 @@ bool loadRules(const char* path, cCustomSignaturesTree& tree) {
   }
   const int result = tree.load(&file);
   if (result != 0) {
-    std::fprintf(stderr, "qvraci-rules: %s: %s\n", path, loadResultText(result).c_str());
+    std::fprintf(stderr, "qvraci-rules: %s: %s\n", path, loadResultText(result));
     return false;
   }
   return true;

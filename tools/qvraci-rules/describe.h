@@ -11,8 +11,6 @@ std::string combinationText(bool allRules); // "ALL own rules hit" / "ANY of own
 std::string subsetText(const cScanSigSubset* subset); // "" for none
 std::string ruleText(const cScanSigRule& rule);
 std::string ruleText(const cScanSigEndRule& rule);
-// A load result as a sentence.
-std::string loadResultText(int result);
 // Builds a tree from the definition text in file (at most 64 MiB); on failure prints
 // "qvraci-rules: FILE[:LINE]: reason" to stderr and returns false.
 bool buildRulesText(const char* path, cFileIO& file, cCustomSignaturesTree& tree);

@@ -69,7 +69,7 @@ int check(const sArgs& a) {
     if (result == 0) {
       std::printf("%s: ok, %lld definitions\n", path.c_str(), tree.count());
     } else {
-      std::printf("%s: %s\n", path.c_str(), loadResultText(result).c_str());
+      std::printf("%s: %s\n", path.c_str(), loadResultText(result));
       ++bad;
     }
   }

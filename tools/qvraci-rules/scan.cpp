@@ -30,10 +30,10 @@ unsigned int longestEndPattern(const cCustomSignaturesTree& tree) {
     const auto* n = static_cast<const cScanSignature*>(p);
     for (const cScanSigEndRule* r = n->first_end(); r; r = n->next_end(r)) {
       const int type = r->typeOf();
-      if (type == 7) {
+      if (type == etAdvHex) {
         const auto count = static_cast<const cScanSigEndRuleUniHex*>(r)->pattern().count();
         longest = std::max(longest, static_cast<unsigned int>(count));
-      } else if (type == 2 || type == 3 || type == 6) {
+      } else if (type == etAsciiString || type == etUnicodeString || type == etByteSequence) {
         longest = std::max(longest, kOlderKinds);
       }
     }
@@ -77,10 +77,10 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int range, unsign
       if (!r->match(data, range, avail, pos - n->startPos, endOffset)) continue;
       const int kind = r->typeOf();
       n->startPos = cScanSignature::kNoFile;
-      if (kind == 1)
+      if (kind == etSizeField)
         finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile, r);
       else
-        finish(pos + endOffset, kind == 4 || kind == 5 ? "end of text" : "end rule", onFile, r);
+        finish(pos + endOffset, kind == etAsciiTextEnd || kind == etUnicodeTextEnd ? "end of text" : "end rule", onFile, r);
       return true;
     }
   }

@@ -23,12 +23,6 @@ long long cost(const sDemand& d) {
   return d.values.size() == 1 ? c * 256 : c; // a lone byte lets any second one through
 }
 
-sValues only(unsigned char v) {
-  sValues s{};
-  s.add(v);
-  return s;
-}
-
 // The narrowest one or two neighbouring bytes among the values demanded from offset on.
 sDemand narrowest(unsigned int offset, const std::vector<sValues>& run) {
   if (run.size() == 1) return {offset, run};
@@ -43,42 +37,9 @@ sDemand narrowest(unsigned int offset, const std::vector<sValues>& run) {
 // What a content rule demands whenever it hits; none when it can hit without a demand at
 // a fixed offset.
 std::optional<sDemand> ruleDemand(const cScanSigRule& rule) {
-  std::vector<sValues> run;
-  unsigned int offset = 0;
-  switch (rule.typeOf()) {
-  case 1: {
-    const auto& r = static_cast<const cScanSigRuleExactMatch&>(rule);
-    for (long long i = 0; i < r.bytes().count(); ++i) run.push_back(only(r.bytes().data()[i]));
-    offset = r.offset();
-    break;
-  }
-  case 6: {
-    const auto& r = static_cast<const cScanSigRuleMaskMatch&>(rule);
-    for (int i = 0; i < (1 << r.width()); ++i) {
-      const auto m = static_cast<unsigned char>(r.mask() >> (8 * i));
-      const auto v = static_cast<unsigned char>(r.value() >> (8 * i));
-      sValues s{}; // a value bit outside the mask never hits
-      for (int x = 0; x < 256 && (r.value() & ~r.mask()) == 0; ++x) {
-        if ((x & m) == v) s.add(static_cast<unsigned char>(x));
-      }
-      run.push_back(s);
-    }
-    offset = r.offset();
-    break;
-  }
-  case 7: {
-    const auto& r = static_cast<const cScanSigRuleUniHexMatch&>(rule);
-    if (r.blockSize() != 0 || r.offset() < 0) return std::nullopt;
-    const auto& p = r.pattern();
-    run.assign(p.data(), p.data() + p.count());
-    offset = static_cast<unsigned int>(r.offset());
-    break;
-  }
-  default:
-    return std::nullopt;
-  }
-  if (run.empty()) return std::nullopt;
-  return narrowest(offset, run);
+  sByteDemand d = rule.demand();
+  if (d.values.empty()) return std::nullopt;
+  return narrowest(d.offset, d.values);
 }
 
 // What a definition demands of every block it hits: with ALL rules, the narrowest demand

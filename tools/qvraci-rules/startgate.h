@@ -36,11 +36,8 @@ public:
   size_t offsets() const { return myWindows.size(); }
 
   using sValues = sHexSearchRule::sByteDescr;
-  // Values demanded at consecutive offsets from `offset` (one or two of them are kept).
-  struct sDemand {
-    unsigned int offset = 0;
-    std::vector<sValues> values;
-  };
+  // Values demanded at consecutive offsets (one or two of them are kept).
+  using sDemand = sByteDemand;
 
 private:
   struct sWindow {
