@@ -32,7 +32,9 @@ public:
   void setColorSchema(unsigned background, unsigned title, unsigned text);
   void setFrameColor(unsigned colour);
   void setExtraTitleSpacing(int spacing);
-  // A negative length takes the whole zero-terminated string.
+  // A negative length takes the whole zero-terminated string. The element's own one-text
+  // form stays reachable.
+  using cChildElement::setText;
   void setText(const char* title, const char* text) { setText(title, -1, text, -1); }
   void setText(const char* title, long long titleLength, const char* text, long long textLength);
   const std::string& title() const { return myTitle; }

@@ -217,7 +217,7 @@ cTreeViewChild::cTreeViewItem* cTreeViewChild::getNextUnderItm(cTreeViewItem* it
   return item ? item->nextItem() : nullptr;
 }
 
-cTreeViewChild::cTreeViewItem* cTreeViewChild::find(cTreeViewItem* from, void* data) const {
+cTreeViewChild::cTreeViewItem* cTreeViewChild::find(cTreeViewItem* from, const void* data) const {
   // From `from` on in tree order, through the rest of the tree.
   for (cTreeItem* p = from; p; p = p->nextInOrder()) {
     if (static_cast<cTreeViewItem*>(p)->data == data) return static_cast<cTreeViewItem*>(p);

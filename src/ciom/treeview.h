@@ -118,8 +118,8 @@ public:
   cTreeViewItem* getUnderItm(cTreeViewItem* item) const;
   cTreeViewItem* getNextUnderItm(cTreeViewItem* item) const;
   // Depth first, an item before its children before its next sibling.
-  cTreeViewItem* find(void* data) const { return find(root(), data); }
-  cTreeViewItem* find(cTreeViewItem* from, void* data) const;
+  cTreeViewItem* find(const void* data) const { return find(root(), data); }
+  cTreeViewItem* find(cTreeViewItem* from, const void* data) const;
   cTreeViewItem* isChild(const cChildElement* element) const; // the item of a label
   cTreeViewItem* isCtl(const cChildElement* element) const;   // the item of an expander
   long long count() const { return myItems.count(); }

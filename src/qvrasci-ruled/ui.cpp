@@ -172,12 +172,12 @@ void cRuledMainForm::testSamples() {
   if (myTree.selected()) myTree.select(myTree.selected(), true);
 }
 
-void cRuledMainForm::showDefinition(cScanSignature* sig) {
+void cRuledMainForm::showDefinition(const cScanSignature* sig) {
   tItem* item = myTree.find(sig);
   if (!item) return;
   for (tItem* p = myTree.parentItem(item); p; p = myTree.parentItem(p)) myTree.expand(p, false);
   myTree.select(item, false);
-  activate(sig);
+  activate(static_cast<cScanSignature*>(item->data));
 }
 
 void cRuledMainForm::onRuleTool(int id) {

@@ -79,7 +79,7 @@ public:
   void activateMain();
   void activate(cScanSignature* sig);
   // Selects a definition in the tree (its parents opened) and shows it beside.
-  void showDefinition(cScanSignature* sig);
+  void showDefinition(const cScanSignature* sig);
   void recalcRules();
   void redrawRules();
 

@@ -160,7 +160,8 @@ void cRuledMainForm::editScope() {
   const int choice = propExtend(kHitConditions, rScope,
                                 {txSameAsParent, txSubsetByOffset, txSubsetBySignature}, kind + 1);
   if (choice == 3) {
-    const auto* old = kind == stMagic ? static_cast<cMagicRelativeSubset*>(sig->subset.get()) : nullptr;
+    const auto* old =
+        kind == stMagic ? static_cast<cMagicRelativeSubset*>(sig->subset.get()) : nullptr;
     cDefSigOffsetForm::sSigOffsetdDef def;
     if (old) {
       def.pattern.set(old->text());
@@ -174,7 +175,8 @@ void cRuledMainForm::editScope() {
     if (!subset->create(def.pattern.c_str(), def.bytesAfter)) return;
     sig->subset = std::move(subset);
   } else if (choice == 2) {
-    const auto* old = kind == stField ? static_cast<cFieldRelativeSubset*>(sig->subset.get()) : nullptr;
+    const auto* old =
+        kind == stField ? static_cast<cFieldRelativeSubset*>(sig->subset.get()) : nullptr;
     cDefFiledForm::sFieldDef def;
     if (old) {
       def.offset = old->offset();
@@ -219,7 +221,8 @@ void cRuledMainForm::editContentType() {
     while (cScanSigEndRule* r = sig->first_typed_end(kPairs[i].end)) sig->remove(r);
   }
   if (choice == 1) {
-    if (!sig->first_typed_str(rtIsAsciiText)) sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
+    if (!sig->first_typed_str(rtIsAsciiText))
+      sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
     if (!sig->first_typed_end(etAsciiTextEnd))
       sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
   } else if (choice == 2) {

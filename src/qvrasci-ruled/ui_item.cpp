@@ -157,7 +157,8 @@ void cRuledMainForm::showEndRules(cScanSignature* sig) {
   auto caption = [this](const cScanSigEndRule* r) {
     return string(r->typeOf() == etAdvHex ? txAdvHexRule : txSizeField);
   };
-  auto shown = [](const cScanSigEndRule* r) { return r->typeOf() == etAdvHex || r->typeOf() == etSizeField;
+  auto shown = [](const cScanSigEndRule* r) {
+    return r->typeOf() == etAdvHex || r->typeOf() == etSizeField;
   };
   int row = 0;
   for (cScanSignature* up = sig->parentSig(); up; up = up->parentSig()) {

@@ -4,7 +4,6 @@
 #include <chrono>
 
 #include "base/job.h"
-#include "base/memtarget.h"
 #include "ciom/langfile.h"
 #include "ciom/messageform.h"
 #include "ciom/theme.h"
@@ -54,7 +53,7 @@ public:
 // posting each result to the form; the form's GUI thread does everything else.
 class cSampleJob final : public cJob {
 public:
-  cSampleJob(cSampleTestForm& form, cCustomSignaturesTree& tree, std::string folder)
+  cSampleJob(cSampleTestForm& form, const cCustomSignaturesTree& tree, std::string folder)
       : myForm(form), myTree(tree), myFolder(std::move(folder)) {}
   ~cSampleJob() override {
     cancel();
@@ -83,7 +82,7 @@ protected:
 
 private:
   cSampleTestForm& myForm;
-  cCustomSignaturesTree& myTree;
+  const cCustomSignaturesTree& myTree;
   std::string myFolder;
   std::atomic<bool> myCancel{false};
 };
@@ -111,24 +110,12 @@ cSampleTestForm::~cSampleTestForm() {
 }
 
 bool cSampleTestForm::copyDefinitions() {
-  // Through the rules file's bytes: the copy is what saving would write.
-  cMemoryTarget bytes;
-  if (myMain->signatures().save(&bytes) != 0) return false;
-  bytes.rewind();
-  myCopy.destroy();
-  if (myCopy.load(&bytes) != 0) return false;
-  myOriginals.clear();
-  for (cTreeItem* i = myMain->signatures().first(); i; i = i->nextInOrder())
-    myOriginals.push_back(static_cast<cScanSignature*>(i));
-  return static_cast<size_t>(myCopy.count()) == myOriginals.size();
+  return myMain->signatures().copyTo(myCopy, myOrigins);
 }
 
-cScanSignature* cSampleTestForm::original(const cScanSignature* copy) const {
-  size_t index = 0;
-  for (const cTreeItem* i = myCopy.first(); i; i = i->nextInOrder(), ++index) {
-    if (i == copy) return index < myOriginals.size() ? myOriginals[index] : nullptr;
-  }
-  return nullptr;
+const cScanSignature* cSampleTestForm::original(const cScanSignature* copy) const {
+  const auto at = myOrigins.find(copy);
+  return at == myOrigins.end() ? nullptr : at->second;
 }
 
 // --- building ----------------------------------------------------------------------------
@@ -265,7 +252,7 @@ void cSampleTestForm::sortBy(int column) {
 void cSampleTestForm::selectDefinition(int row) {
   if (row < 0 || row >= myRows.count()) return;
   const sIdentified& s = myResults[static_cast<size_t>(myRows.row(row).tag)];
-  if (cScanSignature* sig = s.file.definition ? original(s.file.definition) : nullptr)
+  if (const cScanSignature* sig = s.file.definition ? original(s.file.definition) : nullptr)
     myMain->showDefinition(sig);
 }
 

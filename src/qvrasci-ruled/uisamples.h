@@ -38,7 +38,8 @@ public:
   cSampleTestForm(cRuledMainForm* main, const std::string& folder);
   ~cSampleTestForm() override;
 
-  // A copy of the definitions for the job; false when the tree cannot be saved.
+  // A copy of the definitions for the job: the user may edit the tree while it runs. False
+  // when a rule cannot be copied.
   bool copyDefinitions();
   // Stops the job; the rows found so far stay.
   void cancel();
@@ -46,7 +47,7 @@ public:
   // Results in the order they came; rows refer to them by index.
   const std::vector<sIdentified>& results() const { return myResults; }
   // The main form's definition that a result's definition copies (null: none).
-  cScanSignature* original(const cScanSignature* copy) const;
+  const cScanSignature* original(const cScanSignature* copy) const;
 
   cListViewChild& rows() { return myRows; }
   cProgressChild& progress() { return myProgress; }
@@ -76,7 +77,7 @@ private:
   cRuledMainForm* myMain;
   std::string myFolder;
   cCustomSignaturesTree myCopy; // what the job reads; the main form's tree stays the user's
-  std::vector<cScanSignature*> myOriginals; // by the copy's order in the tree
+  tNodeOrigins myOrigins;
   std::vector<sIdentified> myResults;
   size_t myTotal = 0;
   bool myListed = false, myRunning = false, myStopped = false;

@@ -167,8 +167,7 @@ void writeEnd(cWriter& w, const cScanSigEndRule* rule) {
 
 void writeNode(cWriter& w, const cScanSignature* node) {
   w.u8(kNode);
-  const unsigned int subsetType =
-      static_cast<unsigned int>(node->subsetType());
+  const unsigned int subsetType = static_cast<unsigned int>(node->subsetType());
   w.u8((static_cast<unsigned int>(node->hitMode) & 7) | (node->allRules ? 0 : kAnyRules) |
        ((subsetType & 15) << 4));
   writeSubset(w, node->subset.get());
@@ -451,14 +450,14 @@ const char* loadResultText(int result) {
   }
 }
 
-int cCustomSignaturesTree::save(cFileIOTarget* target) {
+int cCustomSignaturesTree::save(cFileIOTarget* target) const {
   if (!target || !target->writef(kMagic, kMagicSize)) return lrIo;
   return saveLevel(target, firstSig());
 }
 
 // Written without recursion: a node's children follow it at once, and each row ends with
 // 0x00, so a walk in tree order that closes the rows it leaves writes the same bytes.
-int cCustomSignaturesTree::saveLevel(cFileIOTarget* target, cScanSignature* first) {
+int cCustomSignaturesTree::saveLevel(cFileIOTarget* target, const cScanSignature* first) const {
   if (!target) return lrIo;
   cWriter w(target);
   const cScanSignature* top = first ? first->parentSig() : nullptr;

@@ -9,6 +9,26 @@ void cScanSignature::create(const char* newName, const char* newExt) {
   ext.set(newExt);
 }
 
+std::unique_ptr<cScanSignature> cScanSignature::copy() const {
+  auto c = std::make_unique<cScanSignature>();
+  c->create(name.c_str(), ext.c_str());
+  c->extVFID = extVFID;
+  c->hitMode = hitMode;
+  c->allRules = allRules;
+  if (subset && !(c->subset = subset->clone())) return nullptr;
+  for (const cScanSigRule* r = first_str(); r; r = next_str(r)) {
+    std::unique_ptr<cScanSigRule> rule = r->clone();
+    if (!rule) return nullptr;
+    c->addStrRule(std::move(rule));
+  }
+  for (const cScanSigEndRule* r = first_end(); r; r = next_end(r)) {
+    std::unique_ptr<cScanSigEndRule> rule = r->clone();
+    if (!rule) return nullptr;
+    c->addEndRule(std::move(rule));
+  }
+  return c;
+}
+
 cScanSigRule* cScanSignature::addStrRule(std::unique_ptr<cScanSigRule> rule) {
   return static_cast<cScanSigRule*>(myStrRules.add(std::move(rule)));
 }
@@ -146,6 +166,28 @@ bool cCustomSignaturesTree::shouldEnd(cScanSignature* node, const unsigned char*
     if (n->hasEndRules() && n->shouldEnd(data, size, avail, pos, endOffset)) return true;
   }
   return false;
+}
+
+bool cCustomSignaturesTree::copyTo(cCustomSignaturesTree& into, tNodeOrigins& origins) const {
+  into.destroy();
+  origins.clear();
+  // In tree order a parent is copied before its children, and siblings in their order, so
+  // appending each copy under its parent's copy keeps every place.
+  std::unordered_map<const cScanSignature*, cScanSignature*> copies;
+  for (const cTreeItem* i = first(); i; i = i->nextInOrder()) {
+    const auto* node = static_cast<const cScanSignature*>(i);
+    std::unique_ptr<cScanSignature> copied = node->copy();
+    if (!copied) {
+      into.destroy();
+      origins.clear();
+      return false;
+    }
+    cScanSignature* parent = node->parentSig() ? copies.at(node->parentSig()) : nullptr;
+    cScanSignature* added = into.add(parent, std::move(copied));
+    copies.emplace(node, added);
+    origins.emplace(added, node);
+  }
+  return true;
 }
 
 void cCustomSignaturesTree::enumTerminalRules(const cScanSignature* first, int& count) const {

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <memory>
+#include <unordered_map>
 
 #include "base/buffers.h"
 #include "base/files.h"
@@ -27,6 +28,9 @@ public:
 
   // Empties both rule lists, destroying their rules, and sets name and extension.
   void create(const char* name, const char* ext);
+  // A node with the same names, modes, rules and subset (their clone()s) and no children,
+  // and no file open; null when a rule cannot be copied (its pattern no longer compiles).
+  std::unique_ptr<cScanSignature> copy() const;
 
   cScanSigRule* addStrRule(std::unique_ptr<cScanSigRule> rule);
   cScanSigEndRule* addEndRule(std::unique_ptr<cScanSigEndRule> rule);
@@ -71,6 +75,9 @@ private:
   cList myEndRules; // of cScanSigEndRule
 };
 
+// For the nodes of a copied tree, the nodes they copy.
+using tNodeOrigins = std::unordered_map<const cScanSignature*, const cScanSignature*>;
+
 class cCustomSignaturesTree : public cTree {
 public:
   // Levels of nesting a tree may have. Loading and matching recurse once per level; the
@@ -80,8 +87,8 @@ public:
   // The rules file. save: 0, or 1 when a write fails (what was written stays). load: 0;
   // 1 read failure or file too short; 2 unknown magic; 3 a value too long or a rule that
   // cannot be built; 4 an unknown rule type. A failed load leaves the nodes read so far.
-  int save(cFileIOTarget* target);
-  int saveLevel(cFileIOTarget* target, cScanSignature* first);
+  int save(cFileIOTarget* target) const;
+  int saveLevel(cFileIOTarget* target, const cScanSignature* first) const;
   int load(cFileIOTarget* target);
   int loadLevel(cFileIOTarget* target, cScanSignature* parent, bool oldFormat);
 
@@ -89,6 +96,12 @@ public:
     return static_cast<cScanSignature*>(cTree::add(parent, std::move(node)));
   }
   cScanSignature* firstSig() const { return static_cast<cScanSignature*>(first()); }
+
+  // Copies every node, in the same places, into `into`, emptied first: a scan of the copy
+  // changes nothing here, so a tree that is only read may be scanned by several threads at
+  // once, each on a copy of its own. origins receives, for each node made, the node it
+  // copies. False, with `into` empty, when a rule cannot be copied.
+  bool copyTo(cCustomSignaturesTree& into, tNodeOrigins& origins) const;
 
   // The definition that recognises a file start in this block, or null (also when the
   // node found is a container).

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "qvraci-rules/scan.h"
@@ -39,9 +40,9 @@ void put(bytes& image, size_t at, const std::string& s) {
   std::copy(s.begin(), s.end(), image.begin() + static_cast<long>(at));
 }
 
-std::vector<std::string> scanned(cCustomSignaturesTree& t, const bytes& image, unsigned block = 512,
-                                 unsigned long long cap = 1 << 20, bool walk = true,
-                                 unsigned align = 0) {
+std::vector<std::string> scanned(const cCustomSignaturesTree& t, const bytes& image,
+                                 unsigned block = 512, unsigned long long cap = 1 << 20,
+                                 bool walk = true, unsigned align = 0) {
   std::vector<std::string> out;
   cRawScanner scanner(t, {block, cap, walk, align});
   scanner.scanBytes(image.data(), image.size(), [&](const sFoundFile& f) {
@@ -257,6 +258,35 @@ TEST(ScanPolicy, WalksAreNotRepeatedOverBytesAWalkOfTheirKindRead) {
   expected.push_back("source end");
   EXPECT_EQ(ends, expected);
   EXPECT_EQ(scanner.walksSkipped(), 63u);
+}
+
+// Scanners read their tree and match copies of their own: several scan one tree at once,
+// with the same reports, which name the tree's own definitions and end rules.
+TEST(ScanPolicy, ScannersShareATreeThatTheyOnlyRead) {
+  cCustomSignaturesTree t;
+  cScanSignature* jpg = def(t, "jpg", "FF D8 FF", 2);
+  endAfter(jpg, "FF D9", 2);
+  sizeField(def(t, "sized", "'SZ'", 2), 2, 4, 0);
+  bytes image(1 << 20, 0x11);
+  for (size_t at = 0; at + 4096 <= image.size(); at += 4096) {
+    put(image, at, at % 8192 ? "\xFF\xD8\xFF\xE0"s : "SZ\x00\x03\x00\x00"s);
+    put(image, at + 1000, "\xFF\xD9");
+  }
+  const std::vector<std::string> alone = scanned(t, image);
+  ASSERT_EQ(alone.size(), 256u);
+  std::vector<std::vector<std::string>> reports(4);
+  std::vector<std::thread> threads;
+  for (auto& r : reports) threads.emplace_back([&] { r = scanned(t, image); });
+  for (std::thread& th : threads) th.join();
+  for (const auto& r : reports) EXPECT_EQ(r, alone);
+  EXPECT_EQ(jpg->startPos, cScanSignature::kNoFile); // the tree itself saw nothing
+
+  cRawScanner scanner(t, {});
+  std::vector<sFoundFile> found;
+  scanner.scanBytes(image.data(), 8192, [&](const sFoundFile& f) { found.push_back(f); });
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[1].definition, jpg);
+  EXPECT_EQ(found[1].rule, jpg->first_end());
 }
 
 } // namespace

@@ -115,7 +115,7 @@ private:
 
 } // namespace
 
-cIdentifier::cIdentifier(cCustomSignaturesTree& tree, unsigned int block,
+cIdentifier::cIdentifier(const cCustomSignaturesTree& tree, unsigned int block,
                          unsigned long long maxSize)
     : myScanner(tree, sampleOptions(block, maxSize)), myMaxSize(maxSize) {}
 

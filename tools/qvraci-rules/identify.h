@@ -42,8 +42,9 @@ inline bool isGood(eVerdict verdict) {
 
 class cIdentifier {
 public:
-  // The tree must not change while the identifier lives; it is asked as a scan asks it.
-  cIdentifier(cCustomSignaturesTree& tree, unsigned int block, unsigned long long maxSize);
+  // The tree is asked as a scan asks it, through a copy (see cRawScanner): it must not
+  // change while the identifier lives, and results name its definitions.
+  cIdentifier(const cCustomSignaturesTree& tree, unsigned int block, unsigned long long maxSize);
 
   sIdentified identify(const std::string& path, const std::atomic<bool>& stop);
 

@@ -43,9 +43,22 @@ unsigned int longestEndPattern(const cCustomSignaturesTree& tree) {
 
 } // namespace
 
-cRawScanner::cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options)
-    : myTree(tree), myOptions(options), myGate(tree),
-      myEndOverlap(std::min(longestEndPattern(tree), kLookahead / 2)) {}
+cRawScanner::cRawScanner(const cCustomSignaturesTree& tree, const sScanOptions& options)
+    : myOptions(options), myReady(tree.copyTo(myTree, myOrigins)), myGate(myTree),
+      myEndOverlap(std::min(longestEndPattern(myTree), kLookahead / 2)) {
+  // Copies keep their rules in the same order.
+  for (const auto& [copy, original] : myOrigins) {
+    const cScanSigEndRule* theirs = original->first_end();
+    for (const cScanSigEndRule* r = copy->first_end(); r && theirs;
+         r = copy->next_end(r), theirs = original->next_end(theirs))
+      myRuleOrigins.emplace(r, theirs);
+  }
+}
+
+const cScanSigEndRule* cRawScanner::originalRule(const cScanSigEndRule* rule) const {
+  const auto at = myRuleOrigins.find(rule);
+  return at == myRuleOrigins.end() ? nullptr : at->second;
+}
 
 void cRawScanner::finish(unsigned long long end, const char* how,
                          const std::function<void(const sFoundFile&)>& onFile,
@@ -54,7 +67,8 @@ void cRawScanner::finish(unsigned long long end, const char* how,
   const unsigned long long past = end > mySourceSize ? end - mySourceSize : 0;
   end = std::min(end, mySourceSize);
   ++myFinished;
-  onFile({myOpen.start, end - myOpen.start, myOpen.node, how, rule, past});
+  onFile(
+      {myOpen.start, end - myOpen.start, myOrigins.at(myOpen.node), how, originalRule(rule), past});
   myOpen = {};
 }
 
@@ -80,7 +94,9 @@ bool cRawScanner::checkEnd(const unsigned char* data, unsigned int range, unsign
       if (kind == etSizeField)
         finish(pos >= endOffset ? pos - endOffset : 0, "size field", onFile, r);
       else
-        finish(pos + endOffset, kind == etAsciiTextEnd || kind == etUnicodeTextEnd ? "end of text" : "end rule", onFile, r);
+        finish(pos + endOffset,
+               kind == etAsciiTextEnd || kind == etUnicodeTextEnd ? "end of text" : "end rule",
+               onFile, r);
       return true;
     }
   }

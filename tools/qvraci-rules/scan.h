@@ -48,7 +48,7 @@
 struct sFoundFile {
   unsigned long long offset = 0;
   unsigned long long length = 0;
-  const cScanSignature* definition = nullptr;
+  const cScanSignature* definition = nullptr; // of the tree the scanner was given
   std::string how; // "size field", "end rule", "end of text", "structure", "next start", "size
                    // cap", "source end", "stopped"
   const cScanSigEndRule* rule = nullptr; // the end rule that ended it, if one did
@@ -69,8 +69,14 @@ public:
   // All walks of one scan together read at most this many times the source, and this much.
   static constexpr unsigned long long kWalkBudgetFactor = 4, kWalkBudgetFree = 256ull << 20;
 
-  // The tree must not change while the scanner lives.
-  cRawScanner(cCustomSignaturesTree& tree, const sScanOptions& options);
+  // The scanner matches a copy of the tree of its own and only reads the tree, here and
+  // in reports, which name the tree's definitions and rules: the tree must outlive the
+  // reports and not change while the scanner lives, and scanners on one tree may run on
+  // several threads at once.
+  cRawScanner(const cCustomSignaturesTree& tree, const sScanOptions& options);
+  // False when the tree could not be copied (a rule whose pattern no longer compiles);
+  // such a scanner finds nothing.
+  bool ready() const { return myReady; }
 
   // Scans the readable file at path (a regular file or a block device). Calls onFile for
   // every file found, in order, and onProgress now and then with the bytes done. Stops
@@ -110,6 +116,8 @@ private:
                unsigned int avail, unsigned long long pos,
                const std::function<void(const sFoundFile&)>& onFile);
   eWalker walkerOf(const cScanSignature* node); // remembered per definition
+  // The given tree's end rule that a rule of the copy copies.
+  const cScanSigEndRule* originalRule(const cScanSigEndRule* rule) const;
   void restoreOpen();
   bool checkEnd(const unsigned char* data, unsigned int range, unsigned int avail,
                 unsigned long long pos, const std::function<void(const sFoundFile&)>& onFile);
@@ -127,8 +135,11 @@ private:
     return !myOptions.firstOnly || pos == 0 || (myOpen.node && myFinished == 0);
   }
 
-  cCustomSignaturesTree& myTree;
   sScanOptions myOptions;
+  cCustomSignaturesTree myTree; // the copy that matching writes into
+  tNodeOrigins myOrigins;
+  std::unordered_map<const cScanSigEndRule*, const cScanSigEndRule*> myRuleOrigins;
+  bool myReady = false;
   cStartGate myGate;             // spares asking the tree about blocks that no definition can start
   unsigned int myEndOverlap = 0; // how far end rules look past the block
   sOpen myOpen;
