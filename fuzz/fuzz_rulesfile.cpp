@@ -1,6 +1,7 @@
-// Fuzz target: loading a rules file from any bytes; a tree that loads must save, load
-// again and save to the same bytes, must build from its text form to those bytes too, and
-// must scan the input as a disk block.
+// Fuzz target: loading a rules file from any bytes, alone and through the loader that tells
+// the two forms apart; a tree that loads must save, load again and save to the same bytes,
+// must build from its text form to those bytes too, must copy to a tree that saves them,
+// and must scan the input as a disk block.
 #include <cstddef>
 #include <cstdint>
 
@@ -8,6 +9,7 @@
 #include "fuzz_saved.h"
 #include "zorb/csigtext.h"
 #include "zorb/customsig.h"
+#include "zorb/rulesfile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 65536) return 0;
@@ -25,7 +27,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     cCustomSignaturesTree built;
     sRulesTextError where;
     if (!rulesFromText(text, built, where) || saved(built) != first) __builtin_trap();
+    cCustomSignaturesTree copy;
+    tNodeOrigins origins;
+    if (!tree.copyTo(copy, origins) || saved(copy) != first) __builtin_trap();
   }
+  cCustomSignaturesTree either;
+  const sRulesFileResult loaded =
+      loadRulesBytes("fuzz", {reinterpret_cast<const char*>(data), size}, either);
+  if (!loaded.ok() && loaded.message.empty()) __builtin_trap(); // every failure says why
   // Whatever was read, half a tree included, scans the input as a block.
   const auto block = static_cast<unsigned int>(size);
   if (cScanSignature* found = tree.find_match(data, block / 2, block, 0)) {

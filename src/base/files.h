@@ -33,6 +33,20 @@ inline bool file_valid(tFileHandle h) {
 // The platform's text for an error number, after "context: " when a context is given.
 bool getOSErrorMessage(int error, _guardchar<char>& out, const char* context = nullptr);
 
+// Writing a whole file so that it is never seen half written: the bytes go to a new file
+// beside path, are flushed to the disk and renamed over path, so that path holds either its
+// old bytes or all the new ones, whatever happens (a full disk, a crash, a power cut). A
+// symbolic link stays a link: the file it names is replaced. A replaced file keeps its
+// permissions; a new one gets those of file_create. On failure the new file is removed,
+// and the result says which step failed and the error number.
+enum eReplaceStep { rsNone = 0, rsCreate = 1, rsWrite = 2, rsFlush = 3, rsRename = 4 };
+struct sReplaceResult {
+  eReplaceStep failed = rsNone;
+  int error = 0; // errno of the failed step
+  bool ok() const { return failed == rsNone; }
+};
+sReplaceResult file_replace(const char* path, const void* data, unsigned long long size);
+
 // A byte target: read and write move what they can; readf and writef succeed only when
 // exactly the bytes asked for were moved.
 class cFileIOTarget {

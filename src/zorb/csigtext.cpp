@@ -657,3 +657,17 @@ bool rulesFromText(std::string_view text, cCustomSignaturesTree& tree, sRulesTex
   }
   return builder.finish();
 }
+
+bool looksLikeRulesText(std::string_view text) {
+  constexpr std::string_view kFamily = "qvraci-rules text";
+  while (!text.empty()) {
+    const size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    const std::string_view content = trimmed(line);
+    if (!content.empty() && content.front() != '#')
+      return content.substr(0, kFamily.size()) == kFamily;
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  }
+  return false;
+}

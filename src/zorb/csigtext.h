@@ -53,3 +53,7 @@ bool rulesToText(const cCustomSignaturesTree& tree, std::string& text, std::stri
 // Builds text into an empty tree. On failure the tree holds what was built so far, to be
 // discarded, and error says where and what is wrong.
 bool rulesFromText(std::string_view text, cCustomSignaturesTree& tree, sRulesTextError& error);
+
+// True when the first line that is not blank or a comment names this text form, of any
+// version: such bytes are read as a definition text, whose reader then says what is wrong.
+bool looksLikeRulesText(std::string_view text);

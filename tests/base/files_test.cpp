@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <sys/stat.h>
@@ -88,6 +90,39 @@ TEST(FileIO, CreatedFilesAre0664WhateverTheMask) {
   EXPECT_EQ(st.st_mode & 0777, 0664u);
   EXPECT_TRUE(cFileIO::move((dir / "perm").c_str(), (dir / "moved").c_str()));
   EXPECT_TRUE(cFileIO::remove((dir / "moved").c_str()));
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// A replaced file keeps its permissions and a link its target; a failed step leaves the old
+// file whole and nothing beside it.
+TEST(FileIO, ReplaceWritesAWholeFileOrNone) {
+  cTempDir dir;
+  const std::string target = dir / "rules", link = dir / "link";
+  ASSERT_TRUE(file_replace(target.c_str(), "first", 5).ok());
+  EXPECT_EQ(contents(target), "first");
+  ASSERT_EQ(chmod(target.c_str(), 0600), 0);
+  ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+  ASSERT_TRUE(file_replace(link.c_str(), "second", 6).ok());
+  EXPECT_EQ(contents(target), "second");
+  struct stat st;
+  ASSERT_EQ(lstat(link.c_str(), &st), 0);
+  EXPECT_TRUE(S_ISLNK(st.st_mode));
+  ASSERT_EQ(stat(target.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0600u);
+
+  // A folder in the file's place cannot be renamed over; a missing folder takes nothing.
+  const std::string folder = dir / "folder";
+  ASSERT_EQ(mkdir(folder.c_str(), 0755), 0);
+  const sReplaceResult renamed = file_replace(folder.c_str(), "x", 1);
+  EXPECT_EQ(renamed.failed, rsRename);
+  EXPECT_NE(renamed.error, 0);
+  EXPECT_EQ(file_replace((dir / "none/rules").c_str(), "x", 1).failed, rsCreate);
+  EXPECT_EQ(std::system(("test $(ls '" + std::string(dir.c_str()) + "' | wc -l) = 3").c_str()), 0)
+      << "a partial file was left behind";
 }
 
 TEST(FileIO, SetTimeTakesLocalTime) {

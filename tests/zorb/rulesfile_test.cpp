@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/memtarget.h"
+#include "zorb/rulesfile.h"
 #include "zorbtest.h"
 
 namespace {
@@ -161,22 +162,22 @@ TEST(RulesFile, OldFormatTwinLoadsTheSameTree) {
 
 TEST(RulesFile, ErrorResults) {
   cCustomSignaturesTree t;
-  EXPECT_EQ(load(t, cBytes().raw("QVRASI0").b), 1);
-  EXPECT_EQ(load(t, cBytes().raw("QVRASI02").u8(0).b), 2);
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(8).b)), 4);
-  EXPECT_EQ(load(t, oneNode({0}, cBytes().u8(9).b)), 4);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI0").b), lrIo);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI02").u8(0).b), lrMagic);
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(8).b)), lrType);
+  EXPECT_EQ(load(t, oneNode({0}, cBytes().u8(9).b)), lrType);
   std::string longName(4096, 'n');
-  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2).str01(longName).b), 3);
-  EXPECT_EQ(load(t, cBytes().raw("QVRASI00").u8(1).u8(2).u32(4096).b), 3);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2).str01(longName).b), lrValue);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI00").u8(1).u8(2).u32(4096).b), lrValue);
   // Stored rules whose converted pattern does not compile.
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(0).b)), 3);                   // empty
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(1).u32(0).u32(0).b)), 3);                  // empty bytes
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(0).u8(0x41).u8(0x0F).u32(0).b)), 3); // bit 0x40
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(1).raw("\xE9").b)), 3);       // non-ASCII
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(4).b)), 3);                          // width 4
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4093).b)), 3);                // too long
-  EXPECT_EQ(load(t, oneNode(cBytes().u8(7).str01("41").u32(0).u32(0xFFFFFFFE).b)), 3);
-  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2 << 4).u32(70000).b), 3); // magic text
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(0).b)), lrValue);  // empty
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(1).u32(0).u32(0).b)), lrValue); // empty bytes
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(0).u8(0x41).u8(0x0F).u32(0).b)), lrValue); // bit 0x40
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(1).raw("\xE9").b)), lrValue); // non-ASCII
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(6).u8(4).b)), lrValue);                    // width 4
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4093).b)), lrValue);          // too long
+  EXPECT_EQ(load(t, oneNode(cBytes().u8(7).str01("41").u32(0).u32(0xFFFFFFFE).b)), lrValue);
+  EXPECT_EQ(load(t, cBytes().raw("QVRASI01").u8(1).u8(2 << 4).u32(70000).b), lrValue); // magic text
 }
 
 TEST(RulesFile, EveryCutIsAReadFailure) {
@@ -187,12 +188,12 @@ TEST(RulesFile, EveryCutIsAReadFailure) {
   const bytes file = save(t);
   for (size_t n = 0; n < file.size(); ++n) {
     cCustomSignaturesTree cut;
-    EXPECT_EQ(load(cut, bytes(file.begin(), file.begin() + static_cast<long>(n))), 1) << n;
+    EXPECT_EQ(load(cut, bytes(file.begin(), file.begin() + static_cast<long>(n))), lrIo) << n;
   }
   cCustomSignaturesTree trailing; // bytes after the top level's end are not read
   bytes longer = file;
   longer.push_back(0x77);
-  EXPECT_EQ(load(trailing, longer), 0);
+  EXPECT_EQ(load(trailing, longer), lrOk);
 }
 
 TEST(RulesFile, HalfLoadedTreeStays) {
@@ -338,6 +339,53 @@ TEST(RulesFile, RoundTripsAreStable) {
     }
     EXPECT_EQ(once.count(), t.count());
   }
+}
+
+// The one loader: either form, found by its first bytes, and every failure with the file,
+// the form tried and the reason.
+TEST(RulesFile, TheLoaderSaysWhereAndWhy) {
+  const std::string text = "\r\n# a comment\r\nqvraci-rules text 1\r\ndefinition \"a\" {\r\n}\r\n";
+  cCustomSignaturesTree good;
+  eRulesForm form = rfBinary;
+  ASSERT_TRUE(loadRulesBytes("t.txt", text, good, &form).ok());
+  EXPECT_EQ(form, rfText);
+  EXPECT_EQ(good.count(), 1);
+  const bytes binary = save(good);
+  ASSERT_TRUE(loadRulesBytes("t.qrrs",
+                             {reinterpret_cast<const char*>(binary.data()), binary.size()}, good,
+                             &form)
+                  .ok());
+  EXPECT_EQ(form, rfBinary);
+  EXPECT_EQ(good.count(), 2); // appended: a merge
+
+  const auto asText = [](const bytes& b) { return std::string(b.begin(), b.end()); };
+  const struct {
+    std::string bytes;
+    const char* message;
+  } kCases[] = {
+      {"", "x: rules file QVRASI01: truncated at byte 0"},
+      {"QVRASI01\x01\x02", "x: rules file QVRASI01: truncated at byte 10"},
+      {"QVRASI02", "x: unknown magic: neither a rules file nor a definition text"},
+      {"\x89PNG\r\n", "x: unknown magic: neither a rules file nor a definition text"},
+      {asText(oneNode(cBytes().u8(9).b)),
+       "x: rules file QVRASI01: an unknown rule type at byte 16"},
+      {asText(cBytes().raw("QVRASI00").u8(1).u8(2).u32(4096).b),
+       "x: rules file QVRASI00: a value too long or a rule that cannot be built, by byte 14"},
+      {"qvraci-rules text 2\n", "x: definition text, line 1: this is not a definition text"},
+      {"qvraci-rules text 1\ndefinition \"a\" {\n  start at 0: 4Z\n}\n",
+       "x: definition text, line 3: bad pattern text"},
+  };
+  for (const auto& c : kCases) {
+    cCustomSignaturesTree t;
+    const sRulesFileResult r = loadRulesBytes("x", c.bytes, t);
+    EXPECT_EQ(r.outcome, sRulesFileResult::roDamaged) << c.message;
+    EXPECT_EQ(r.message.rfind(c.message, 0), 0u) << r.message;
+  }
+  cCustomSignaturesTree none;
+  const sRulesFileResult missing = loadRulesFile("/nonexistent/rules.qrrs", none);
+  EXPECT_EQ(missing.outcome, sRulesFileResult::roCannotOpen);
+  EXPECT_EQ(missing.message,
+            "/nonexistent/rules.qrrs: cannot be opened: No such file or directory");
 }
 
 } // namespace

@@ -1,0 +1,68 @@
+// file_replace: a whole file written beside its target and renamed over it.
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "files.h"
+
+namespace {
+
+// The file a save replaces: a link's target, so the link stays a link.
+std::string replacedFile(const char* path) {
+  char resolved[PATH_MAX];
+  return ::realpath(path, resolved) ? std::string(resolved) : std::string(path);
+}
+
+std::string folderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash ? slash : 1);
+}
+
+bool writeAll(int fd, const unsigned char* p, unsigned long long n) {
+  while (n > 0) {
+    const ssize_t done = ::write(fd, p, n > (1u << 30) ? (1u << 30) : static_cast<size_t>(n));
+    if (done < 0 && errno == EINTR) continue;
+    if (done <= 0) {
+      if (done == 0) errno = EIO;
+      return false;
+    }
+    p += done;
+    n -= static_cast<unsigned long long>(done);
+  }
+  return true;
+}
+
+} // namespace
+
+sReplaceResult file_replace(const char* path, const void* data, unsigned long long size) {
+  if (!path || !*path) return {rsCreate, ENOENT};
+  const std::string target = replacedFile(path);
+  const std::string part = target + ".saving-" + std::to_string(::getpid());
+  const int fd = ::open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0664);
+  if (fd < 0) return {rsCreate, errno};
+  struct stat old {};
+  ::fchmod(fd, ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0664);
+  sReplaceResult result;
+  if (!writeAll(fd, static_cast<const unsigned char*>(data), size))
+    result = {rsWrite, errno};
+  else if (::fsync(fd) != 0)
+    result = {rsFlush, errno};
+  if (::close(fd) != 0 && result.ok()) result = {rsFlush, errno};
+  if (result.ok() && ::rename(part.c_str(), target.c_str()) != 0) result = {rsRename, errno};
+  if (!result.ok()) {
+    ::unlink(part.c_str());
+    return result;
+  }
+  // The rename itself reaches the disk with its folder; the new bytes are in place either
+  // way, so a folder that cannot be flushed is not a failure.
+  const int folder = ::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0) {
+    ::fsync(folder);
+    ::close(folder);
+  }
+  return result;
+}
