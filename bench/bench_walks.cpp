@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "qvraci-rules/scan.h"
+#include "scan/scan.h"
 
 namespace {
 

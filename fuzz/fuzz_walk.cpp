@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "qvraci-rules/walk.h"
+#include "scan/walk.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;

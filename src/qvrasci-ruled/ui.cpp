@@ -85,7 +85,8 @@ void cRuledMainForm::onConstruct() {
   myFile.setTransparent(true);
   myUnsaved.setTransparent(true);
   myUnsaved.setAlign(cCanvas::taRight);
-  setSaved(true);
+  myDoc.setListener([this] { showState(); });
+  showState();
 
   myTree.setImageLists(&myTreeImages, &myTreeImages, &myTreeImages);
   myTree.storeUnder(nullptr, new tItem(string(txDefinition), nullptr, tpRoot));
@@ -122,14 +123,13 @@ void cRuledMainForm::showRuleTools(std::initializer_list<int> ids) {
 }
 
 bool cRuledMainForm::mayDiscard() {
-  return mySaved || cMessageForm::warnconfirmbox(this, string(txCloseQuestion), nullptr);
+  return myDoc.saved() || cMessageForm::warnconfirmbox(this, string(txCloseQuestion), nullptr);
 }
 
-void cRuledMainForm::setSaved(bool saved) {
-  mySaved = saved;
-  myFile.setText(myFileName.empty() ? myFile.string(cStatusLine::txNoFile) : myFileName.c_str(), -1,
-                 true);
-  myUnsaved.setText(saved ? "" : myUnsaved.string(cStatusLine::txUnsaved), -1, true);
+void cRuledMainForm::showState() {
+  const std::string& path = myDoc.path();
+  myFile.setText(path.empty() ? myFile.string(cStatusLine::txNoFile) : path.c_str(), -1, true);
+  myUnsaved.setText(myDoc.saved() ? "" : myUnsaved.string(cStatusLine::txUnsaved), -1, true);
 }
 
 bool cRuledMainForm::onClose() {
@@ -140,10 +140,8 @@ void cRuledMainForm::onTool(int id) {
   switch (id) {
   case kNew:
     if (!mayDiscard()) return;
-    mySignatures.destroy();
-    myFileName.clear();
-    setSaved(true);
-    recalcRules();
+    myTree.remove_under(myTree.root()); // the view lets go before the definitions go
+    myDoc.clear();
     redrawRules();
     return;
   case kOpen:
@@ -250,15 +248,7 @@ void cRuledMainForm::onTreeAction(cTreeViewChild::cTreeItemAction* action) {
     activateMain();
 }
 
-// --- counting and the root view -------------------------------------------------------
-
-void cRuledMainForm::recalcRules() {
-  myCounts[0] = myCounts[1] = myCounts[2] = 0;
-  for (cTreeItem* item = mySignatures.first(); item; item = item->nextInOrder()) {
-    const int mode = static_cast<cScanSignature*>(item)->hitMode;
-    if (mode >= 0 && mode <= 2) ++myCounts[mode];
-  }
-}
+// --- the root view --------------------------------------------------------------------
 
 void cRuledMainForm::clearSelection() {
   mySelStr = nullptr;
@@ -274,24 +264,35 @@ void cRuledMainForm::activateMain() {
   mySheet.clear();
   showRuleTools({kNewType, kMerge});
   mySheet.setSection(kStatistics, string(txStatistics));
-  const int rows[][2] = {{rActive, 2}, {rPassive, 1}, {rContainers, 0}};
+  const int rows[][2] = {{rActive, cScanSignature::hmActive},
+                         {rPassive, cScanSignature::hmPassive},
+                         {rContainers, cScanSignature::hmNever}};
   for (const auto& [row, mode] : rows) {
     mySheet.setProperty(kStatistics, row, string(txActiveRules + row - 1), nullptr, nullptr,
                         P::ptText);
-    mySheet.setPropertyVal(kStatistics, row, static_cast<unsigned long long>(myCounts[mode]), false,
-                           0);
+    mySheet.setPropertyVal(kStatistics, row, static_cast<unsigned long long>(myDoc.count(mode)),
+                           false, 0);
   }
   mySheet.endChanges();
+}
+
+int cRuledMainForm::treePicture(const cScanSignature* sig) {
+  switch (sig->hitMode) {
+  case cScanSignature::hmActive:
+    return tpActive;
+  case cScanSignature::hmPassive:
+    return tpPassive;
+  default:
+    return tpContainer;
+  }
 }
 
 namespace {
 
 void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanSignature* first) {
   for (cScanSignature* sig = first; sig; sig = sig->nextSig()) {
-    const int picture = sig->hitMode == 2   ? cRuledMainForm::tpActive
-                        : sig->hitMode == 1 ? cRuledMainForm::tpPassive
-                                            : cRuledMainForm::tpContainer;
-    auto* item = new cTreeViewChild::cTreeViewItem(sig->name.c_str(), sig, picture);
+    auto* item =
+        new cTreeViewChild::cTreeViewItem(sig->name.c_str(), sig, cRuledMainForm::treePicture(sig));
     tree.storeUnder(under, item);
     addItems(tree, item, sig->firstChildSig());
   }
@@ -302,7 +303,7 @@ void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanS
 void cRuledMainForm::redrawRules() {
   myTree.startChanges();
   myTree.remove_under(myTree.root());
-  addItems(myTree, myTree.root(), mySignatures.firstSig());
+  addItems(myTree, myTree.root(), myDoc.tree().firstSig());
   myTree.endChanges();
   myTree.select(myTree.root(), false);
   activateMain();
@@ -311,6 +312,6 @@ void cRuledMainForm::redrawRules() {
 void cRuledMainForm::setTreePicture(cScanSignature* sig) {
   tItem* item = myTree.find(sig);
   if (!item) return;
-  item->image = sig->hitMode == 2 ? tpActive : sig->hitMode == 1 ? tpPassive : tpContainer;
+  item->image = treePicture(sig);
   myTree.update();
 }

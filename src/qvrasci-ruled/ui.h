@@ -1,8 +1,9 @@
 // The editor's main form: the definition tree on the left; on the right a small rule bar
 // over a property sheet that shows the statistics of the whole set (root selected) or the
 // properties and rules of the selected definition. A tool bar at the top carries the file
-// commands and the sample test. Every action changes the definition tree, loads or saves it,
-// or tests it on sample files.
+// commands and the sample test. The form shows a document (document.h) and changes it only
+// through the document's operations; every action edits it, loads or saves it, or tests it
+// on sample files.
 //
 // ui.cpp builds the form and its two views, ui_item.cpp adds and removes definitions and
 // rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves, and
@@ -22,7 +23,7 @@
 #include "ciom/static.h"
 #include "ciom/toolbar.h"
 #include "ciom/treeview.h"
-#include "zorb/customsig.h"
+#include "document.h"
 
 // A text in the main window's footer, with the texts of "ruled::status".
 class cStatusLine : public cStaticChild {
@@ -65,12 +66,9 @@ public:
   cToolBarChild& ruleTools() { return myRuleTools; }
   cTreeViewChild& tree() { return myTree; }
   cPropSheetChild& sheet() { return mySheet; }
-  cCustomSignaturesTree& signatures() { return mySignatures; }
-  bool saved() const { return mySaved; }
+  cRulesDocument& document() { return myDoc; }
   cScanSignature* current() const { return myCurrent; }
-  int count(int hitMode) const { return myCounts[hitMode]; }
   const std::string& lastFolder() const { return myLastFolder; }
-  const std::string& fileName() const { return myFileName; }
 
   // A rules file to open once the window is up (the command line's).
   void openAtStart(const char* path) { myStartFile = path ? path : ""; }
@@ -80,7 +78,6 @@ public:
   void activate(cScanSignature* sig);
   // Selects a definition in the tree (its parents opened) and shows it beside.
   void showDefinition(const cScanSignature* sig);
-  void recalcRules();
   void redrawRules();
 
   // --- the tree's contents
@@ -108,6 +105,8 @@ public:
   static std::string format(const char* pattern, std::initializer_list<std::string> args);
   // The text number of a field's size name, by its size code 0..6.
   static int fieldSizeText(int code);
+  // The tree's picture for a definition, by its hit mode.
+  static int treePicture(const cScanSignature* sig);
 
   const char* wantLangResource() override { return "ruled::main"; }
   void onConstruct() override;
@@ -133,9 +132,8 @@ private:
   void showRuleTools(std::initializer_list<int> ids);
   // True when the user may drop the set: it is saved, or they say yes.
   bool mayDiscard();
-  void changed() { setSaved(false); }
-  // The saved flag, and the footer that shows it beside the file's path.
-  void setSaved(bool saved);
+  // The footer: the file's path, and whether the set has unsaved changes.
+  void showState();
   void clearSelection();
 
   // Signature view parts.
@@ -172,11 +170,9 @@ private:
   cPropSheetChild mySheet;
   cStatusLine myFile, myUnsaved;
 
-  cCustomSignaturesTree mySignatures;
-  bool mySaved = true;
-  std::string myLastFolder, myFileName, myStartFile, mySampleFolder;
+  cRulesDocument myDoc;
+  std::string myLastFolder, myStartFile, mySampleFolder;
   char myWork[kWorkSize] = {};
-  int myCounts[3] = {0, 0, 0}; // by hit mode
   cScanSignature* myCurrent = nullptr;
   std::map<int, cScanSigRule*> myStrRows;
   std::map<int, cScanSigEndRule*> myEndRows;

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/folders.h"
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "ciom/theme.h"
@@ -17,25 +16,6 @@ using P = cPropSheetChild;
 
 constexpr int kFormColour = 0, kInkColour = 4; // theme colours
 
-// An extension that a file system takes: characters that paths or shells read differently
-// become harmless ones, and the text stops where its first "/" stood.
-std::string safeExtension(const char* text) {
-  std::string ext = text;
-  const size_t slash = ext.find('/');
-  constexpr std::pair<char, char> kSwaps[] = {{'"', '\''}, {'*', '@'}, {'/', '='}, {':', '_'},
-                                              {'|', '_'},  {'?', '~'}, {'\\', '-'}};
-  for (char& c : ext) {
-    for (const auto& [from, to] : kSwaps) {
-      if (c == from) {
-        c = to;
-        break;
-      }
-    }
-  }
-  if (slash != std::string::npos) ext.resize(slash);
-  return ext;
-}
-
 // The field form's size code of a size end rule: 0..3 by its width, 4..6 big-endian.
 unsigned char sizeCode(const cScanSigEndRuleMatchSize& rule) {
   unsigned char code = 0;
@@ -43,6 +23,20 @@ unsigned char sizeCode(const cScanSigEndRuleMatchSize& rule) {
   // A big-endian single byte reads as a byte.
   return rule.bigEndian() && code > 0 ? code + 3 : code;
 }
+
+// A size rule's values from the field form: codes 4..6 are the big-endian word, double and
+// quad word.
+struct sSizeField {
+  explicit sSizeField(const cDefFiledForm::sFieldDef& def)
+      : offset(static_cast<unsigned>(def.offset)), increment(static_cast<unsigned>(def.addend)),
+        multiplier(static_cast<unsigned>(def.multiplier)),
+        bigEndian(def.size >= cDefFiledForm::fsWordBE) {
+    bytes = static_cast<unsigned char>(1u << (bigEndian ? def.size - 3 : def.size));
+  }
+  unsigned int offset, increment, multiplier;
+  bool bigEndian;
+  unsigned char bytes = 1;
+};
 
 } // namespace
 
@@ -94,9 +88,7 @@ void cRuledMainForm::processPropAction(P::cPropSheetAction* action) {
   }
   case P::kChoice:
     if (section == kHitConditions && row == rAllRules) {
-      const bool all = mySheet.value_id(section, row) == 1;
-      if (all != myCurrent->allRules) changed();
-      myCurrent->allRules = all;
+      myDoc.setAllRules(myCurrent, mySheet.value_id(section, row) == 1);
     }
     return;
   case P::kButton:
@@ -115,43 +107,35 @@ void cRuledMainForm::processPropAction(P::cPropSheetAction* action) {
 
 void cRuledMainForm::editExtension() {
   _guardchar<char> text(myCurrent->ext.c_str());
-  if (!cSetTextForm::setText(this, text) || !*text.c_str() ||
-      std::strcmp(text.c_str(), myCurrent->ext.c_str()) == 0)
-    return;
-  cFolderContents::adjustPath(text);
-  myCurrent->ext.set(safeExtension(text.c_str()).c_str());
+  if (!cSetTextForm::setText(this, text) || !myDoc.setExtension(myCurrent, text.c_str())) return;
   mySheet.setPropertyVal(kGeneral, rExtension, myCurrent->ext.c_str());
-  changed();
 }
 
 void cRuledMainForm::editName() {
   _guardchar<char> text(myCurrent->name.c_str());
-  if (!cSetTextForm::setText(this, text) || !*text.c_str() ||
-      std::strcmp(text.c_str(), myCurrent->name.c_str()) == 0)
-    return;
-  myCurrent->name = text;
+  if (!cSetTextForm::setText(this, text) || !myDoc.rename(myCurrent, text.c_str())) return;
   mySheet.setPropertyVal(kGeneral, rName, myCurrent->name.c_str());
   if (tItem* item = myTree.find(myCurrent)) {
     item->text = myCurrent->name.c_str();
     myTree.update();
   }
-  changed();
 }
 
 void cRuledMainForm::editHitMode() {
   const int choice = propExtend(kHitConditions, rHitMode, {txNever, txIfNoOther, txAlways},
                                 myCurrent->hitMode + 1);
-  if (choice < 1 || choice - 1 == myCurrent->hitMode) return;
-  // A definition with nothing of its own to match cannot hit.
-  if (choice > 1 && !myCurrent->hasStrRules()) {
+  if (choice < 1) return;
+  switch (myDoc.setHitMode(myCurrent, choice - 1)) {
+  case cRulesDocument::mcNoRules: // nothing of its own to match: it cannot hit
     cMessageForm::errorbox(this, string(txNoRules), nullptr);
     return;
+  case cRulesDocument::mcChanged:
+    setTreePicture(myCurrent);
+    showHitMode(myCurrent);
+    return;
+  case cRulesDocument::mcUnchanged:
+    return;
   }
-  myCurrent->hitMode = choice - 1;
-  setTreePicture(myCurrent);
-  showHitMode(myCurrent);
-  recalcRules();
-  changed();
 }
 
 void cRuledMainForm::editScope() {
@@ -173,7 +157,7 @@ void cRuledMainForm::editScope() {
       return;
     auto subset = std::make_unique<cMagicRelativeSubset>();
     if (!subset->create(def.pattern.c_str(), def.bytesAfter)) return;
-    sig->subset = std::move(subset);
+    myDoc.setSubset(sig, std::move(subset));
   } else if (choice == 2) {
     const auto* old =
         kind == stField ? static_cast<cFieldRelativeSubset*>(sig->subset.get()) : nullptr;
@@ -188,51 +172,27 @@ void cRuledMainForm::editScope() {
     auto subset = std::make_unique<cFieldRelativeSubset>();
     subset->create(static_cast<unsigned>(def.offset), def.size,
                    static_cast<unsigned>(def.multiplier), static_cast<unsigned>(def.addend));
-    sig->subset = std::move(subset);
+    myDoc.setSubset(sig, std::move(subset));
   } else if (choice == 1) {
     if (!sig->subset) return;
-    sig->subset.reset();
+    myDoc.setSubset(sig, nullptr);
   } else {
     return;
   }
   mySheet.startChanges();
   showScope(sig);
   mySheet.endChanges();
-  changed();
 }
 
 void cRuledMainForm::editContentType() {
   cScanSignature* sig = myCurrent;
-  const int current = sig->first_typed_str(rtIsUnicodeText) ? 2
-                      : sig->first_typed_str(rtIsAsciiText) ? 1
-                                                            : 3;
+  // The drop-down's ids are the document's content kinds.
   const int choice =
-      propExtend(kHitConditions, rContentType, {txAsciiText, txUnicodeText, txBinary}, current);
+      propExtend(kHitConditions, rContentType, {txAsciiText, txUnicodeText, txBinary},
+                 cRulesDocument::content(sig));
   if (choice < 1) return;
-  // Text rules come in pairs (the block is text; the file ends where the text does): drop
-  // those of the other kinds, then add the chosen pair where missing.
-  const struct {
-    eRuleType start;
-    eEndRuleType end;
-  } kPairs[] = {{rtIsAsciiText, etAsciiTextEnd}, {rtIsUnicodeText, etUnicodeTextEnd}};
-  for (int i = 0; i < 2; ++i) {
-    if (i + 1 == choice) continue;
-    while (cScanSigRule* r = sig->first_typed_str(kPairs[i].start)) sig->remove(r);
-    while (cScanSigEndRule* r = sig->first_typed_end(kPairs[i].end)) sig->remove(r);
-  }
-  if (choice == 1) {
-    if (!sig->first_typed_str(rtIsAsciiText))
-      sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
-    if (!sig->first_typed_end(etAsciiTextEnd))
-      sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
-  } else if (choice == 2) {
-    if (!sig->first_typed_str(rtIsUnicodeText))
-      sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
-    if (!sig->first_typed_end(etUnicodeTextEnd))
-      sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
-  }
+  myDoc.setContent(sig, static_cast<cRulesDocument::eContent>(choice));
   showContentType(sig);
-  changed();
 }
 
 void cRuledMainForm::editStartRule(cScanSigRule* rule) {
@@ -241,15 +201,10 @@ void cRuledMainForm::editStartRule(cScanSigRule* rule) {
   def.pattern.set(hex->text());
   def.position = static_cast<unsigned>(hex->offset());
   def.blockSize = static_cast<unsigned>(hex->blockSize());
-  const cDefSigRuleForm::sSigRuleDef old = def;
   if (!cDefSigRuleForm::defSigRule(this, def)) return;
-  if (def.position == old.position && def.blockSize == old.blockSize &&
-      std::strcmp(def.pattern.c_str(), old.pattern.c_str()) == 0)
-    return;
-  if (!hex->create(def.pattern.c_str(), def.blockSize, def.position)) return;
+  if (!myDoc.setStartRule(hex, def.pattern.c_str(), def.blockSize, def.position)) return;
   for (const auto& [row, r] : myStrRows)
     if (r == rule) mySheet.setPropertyVal(kStartRules, row, describe(rule));
-  changed();
 }
 
 void cRuledMainForm::editEndRule(cScanSigEndRule* rule) {
@@ -266,29 +221,25 @@ void cRuledMainForm::editEndRule(cScanSigEndRule* rule) {
     def.multiplier = size->multiplier();
     def.addend = size->increment();
     const cDefFiledForm::sFieldDef old = def;
-    if (!cDefFiledForm::defField(this, def)) return;
-    if (def.offset == old.offset && def.size == old.size && def.multiplier == old.multiplier &&
-        def.addend == old.addend)
+    // What the form shows unchanged stays as it is (a big-endian byte shows as a byte).
+    if (!cDefFiledForm::defField(this, def) ||
+        (def.offset == old.offset && def.size == old.size && def.multiplier == old.multiplier &&
+         def.addend == old.addend))
       return;
-    const bool bigEndian = def.size >= cDefFiledForm::fsWordBE;
-    const int code = bigEndian ? def.size - 3 : def.size;
-    size->create(static_cast<unsigned>(def.offset), static_cast<unsigned char>(1u << code),
-                 static_cast<unsigned>(def.addend), static_cast<unsigned>(def.multiplier),
-                 bigEndian);
+    const sSizeField field(def);
+    if (!myDoc.setSizeRule(size, field.offset, field.bytes, field.increment, field.multiplier,
+                           field.bigEndian))
+      return;
   } else {
     auto* hex = static_cast<cScanSigEndRuleUniHex*>(rule);
     cDefSigOffsetForm::sSigOffsetdDef def;
     def.pattern.set(hex->text());
     def.bytesAfter = hex->distance();
-    const cDefSigOffsetForm::sSigOffsetdDef old = def;
-    if (!cDefSigOffsetForm::defSigOffset(this, def)) return;
-    if (def.bytesAfter == old.bytesAfter &&
-        std::strcmp(def.pattern.c_str(), old.pattern.c_str()) == 0)
+    if (!cDefSigOffsetForm::defSigOffset(this, def) ||
+        !myDoc.setEndRule(hex, def.pattern.c_str(), def.bytesAfter))
       return;
-    if (!hex->create(def.pattern.c_str(), def.bytesAfter)) return;
   }
   mySheet.setPropertyVal(kEndRules, row, describe(rule));
-  changed();
 }
 
 // --- rules added and removed ----------------------------------------------------------
@@ -299,8 +250,7 @@ void cRuledMainForm::newStr() {
   if (!cDefSigRuleForm::defSigRule(this, def)) return;
   auto rule = std::make_unique<cScanSigRuleUniHexMatch>();
   if (!rule->create(def.pattern.c_str(), def.blockSize, def.position)) return;
-  myCurrent->addStrRule(std::move(rule));
-  changed();
+  myDoc.addStartRule(myCurrent, std::move(rule));
   activate(myCurrent);
 }
 
@@ -321,34 +271,28 @@ void cRuledMainForm::newEnd() {
   if (choice == 2) {
     cDefFiledForm::sFieldDef def;
     if (!cDefFiledForm::defField(this, def)) return;
-    // Codes 4..6 are the big-endian word, double and quad word, as when a rule is edited.
-    const bool bigEndian = def.size >= cDefFiledForm::fsWordBE;
-    const int code = bigEndian ? def.size - 3 : def.size;
+    const sSizeField field(def);
     auto rule = std::make_unique<cScanSigEndRuleMatchSize>();
-    rule->create(static_cast<unsigned>(def.offset), static_cast<unsigned char>(1u << code),
-                 static_cast<unsigned>(def.addend), static_cast<unsigned>(def.multiplier),
-                 bigEndian);
-    myCurrent->addEndRule(std::move(rule));
+    rule->create(field.offset, field.bytes, field.increment, field.multiplier, field.bigEndian);
+    myDoc.addEndRule(myCurrent, std::move(rule));
   } else if (choice == 1) {
     cDefSigOffsetForm::sSigOffsetdDef def;
     if (!cDefSigOffsetForm::defSigOffset(this, def)) return;
     auto rule = std::make_unique<cScanSigEndRuleUniHex>();
     if (!rule->create(def.pattern.c_str(), def.bytesAfter)) return;
-    myCurrent->addEndRule(std::move(rule));
+    myDoc.addEndRule(myCurrent, std::move(rule));
   } else {
     return;
   }
-  changed();
   activate(myCurrent);
 }
 
 void cRuledMainForm::rmRule() {
   if (!myCurrent || (!mySelStr && !mySelEnd)) return;
   if (!cMessageForm::warnconfirmbox(this, string(txDeleteQuestion), nullptr)) return;
-  // Removing a rule leaves the saved flag as it was.
   if (mySelStr)
-    myCurrent->remove(mySelStr);
+    myDoc.removeRule(myCurrent, mySelStr);
   else
-    myCurrent->remove(mySelEnd);
+    myDoc.removeRule(myCurrent, mySelEnd);
   activate(myCurrent);
 }

@@ -126,7 +126,9 @@ void cRuledMainForm::showScope(cScanSignature* sig) {
 }
 
 void cRuledMainForm::showHitMode(cScanSignature* sig) {
-  const int text = sig->hitMode == 2 ? txAlways : sig->hitMode == 1 ? txIfNoOther : txNever;
+  const int text = sig->hitMode == cScanSignature::hmActive    ? txAlways
+                   : sig->hitMode == cScanSignature::hmPassive ? txIfNoOther
+                                                               : txNever;
   if (!mySheet.hasProp(kHitConditions, rHitMode))
     mySheet.setProperty(kHitConditions, rHitMode, string(txRuleHits), nullptr, nullptr,
                         P::ptReadonlyAction);
@@ -179,16 +181,10 @@ void cRuledMainForm::showEndRules(cScanSignature* sig) {
 
 void cRuledMainForm::newSig(tItem* item) {
   if (!item) return;
-  auto fresh = std::make_unique<cScanSignature>();
-  fresh->create(string(txEmptyDefinition), "undefined");
-  fresh->hitMode = cScanSignature::hmNever;
   cScanSignature* sig =
-      mySignatures.add(static_cast<cScanSignature*>(item->data), std::move(fresh));
-  if (!sig) return;
+      myDoc.addDefinition(static_cast<cScanSignature*>(item->data), string(txEmptyDefinition));
   auto* added = new tItem(sig->name.c_str(), sig, tpContainer);
   myTree.storeUnder(item, added);
-  recalcRules();
-  changed();
   myTree.select(added, true); // a new item: its selection is announced and shows it
 }
 
@@ -198,9 +194,7 @@ void cRuledMainForm::delSig(tItem* item) {
   // The view lets go of the item before the definition it points to goes.
   myTree.select(myTree.root(), true);
   myTree.remove(item);
-  mySignatures.remove(sig);
-  recalcRules();
-  changed();
+  myDoc.deleteDefinition(sig);
   activateMain();
 }
 

@@ -110,7 +110,7 @@ cSampleTestForm::~cSampleTestForm() {
 }
 
 bool cSampleTestForm::copyDefinitions() {
-  return myMain->signatures().copyTo(myCopy, myOrigins);
+  return myMain->document().tree().copyTo(myCopy, myOrigins);
 }
 
 const cScanSignature* cSampleTestForm::original(const cScanSignature* copy) const {

@@ -17,7 +17,7 @@
 #include "ciom/progress.h"
 #include "ciom/static.h"
 #include "ciom/toolbar.h"
-#include "qvraci-rules/identify.h"
+#include "scan/identify.h"
 
 class cRuledMainForm;
 class cSampleJob;

@@ -93,23 +93,38 @@ TEST_F(cCliTest, ShowAndCheck) {
   EXPECT_NE(shown.out.find("  Plain text [txt]: If no other hits (passive)"), std::string::npos);
   EXPECT_NE(shown.out.find("Rules: 2 (active 1, passive 1, containers 1)"), std::string::npos);
 
+  // Either form is checked; each failure names the file, the form and the reason.
   write(dir + "/cut.qrrs", read(rules).substr(0, 20));
-  const sRun checked = run("check " + rules + " " + dir + "/cut.qrrs " + sample);
+  write(dir + "/text.txt", "# made by hand\n\nqvraci-rules text 1\ndefinition \"x\" {\n}\n");
+  const sRun checked =
+      run("check " + rules + " " + dir + "/cut.qrrs " + sample + " " + dir + "/text.txt");
   EXPECT_EQ(checked.status, 1);
-  EXPECT_NE(checked.out.find("rules.qrrs: ok, 3 definitions"), std::string::npos) << checked.out;
-  EXPECT_NE(checked.out.find("cut.qrrs: read failure or file too short"), std::string::npos);
-  EXPECT_NE(checked.out.find("image.bin: unknown magic: not a rules file"), std::string::npos);
+  EXPECT_NE(checked.out.find("rules.qrrs: ok, 3 definitions (rules file)"), std::string::npos)
+      << checked.out;
+  EXPECT_NE(checked.out.find("cut.qrrs: rules file QVRASI01: truncated at byte 20"),
+            std::string::npos);
+  EXPECT_NE(
+      checked.out.find("image.bin: unknown magic: neither a rules file nor a definition text"),
+      std::string::npos);
+  EXPECT_NE(checked.out.find("text.txt: ok, 1 definitions (definition text)"), std::string::npos);
   EXPECT_EQ(run("check " + rules).status, 0);
 }
 
-TEST_F(cCliTest, ConvertWritesTheCurrentVersionAndNeverOverwrites) {
-  const std::string out = dir + "/out.qrrs";
+TEST_F(cCliTest, ConvertWritesTheFormAskedForAndNeverOverwrites) {
+  const std::string out = dir + "/out.qrrs", text = dir + "/out.txt";
   EXPECT_EQ(run("convert " + rules + " " + out).status, 0);
   EXPECT_EQ(read(out), read(rules));
   const sRun again = run("convert " + rules + " " + out);
   EXPECT_EQ(again.status, 1);
   EXPECT_NE(again.out.find("exists (use --force)"), std::string::npos);
+  // A replaced file keeps its permissions; a name ending in .txt asks for the text form.
+  chmod(out.c_str(), 0640);
   EXPECT_EQ(run("convert " + rules + " " + out + " --force").status, 0);
+  struct stat st {};
+  ASSERT_EQ(stat(out.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
+  EXPECT_EQ(run("convert " + out + " " + text).status, 0);
+  EXPECT_EQ(read(text), run("export " + rules).out);
 }
 
 TEST_F(cCliTest, ExportAndBuildRoundTrip) {
@@ -138,7 +153,8 @@ TEST_F(cCliTest, ExportAndBuildRoundTrip) {
   const std::string bad = dir + "/bad.qrrs";
   const sRun refused = run("build " + source + " " + bad);
   EXPECT_EQ(refused.status, 1);
-  EXPECT_EQ(refused.out, "qvraci-rules: " + source + ":3: bad pattern text at column 5: Z\n");
+  EXPECT_EQ(refused.out, "qvraci-rules: " + source +
+                             ": definition text, line 3: bad pattern text at column 5: Z\n");
   EXPECT_EQ(access(bad.c_str(), F_OK), -1);
 }
 

@@ -76,7 +76,7 @@ protected:
     nsoff::runUntilIdle();
   }
   cScanSignature* sig(const char* name) {
-    for (cTreeItem* i = form->signatures().first(); i; i = i->nextInOrder()) {
+    for (cTreeItem* i = form->document().tree().first(); i; i = i->nextInOrder()) {
       auto* s = static_cast<cScanSignature*>(i);
       if (std::string(s->name.c_str()) == name) return s;
     }
@@ -129,7 +129,7 @@ TEST_F(MainForm, ADefinitionsNameAndExtensionAreStoredAsTheFileSystemTakesThem) 
   press(Form::kGeneral, Form::rName);
   EXPECT_STREQ(sig("a/b")->name.c_str(), "a/b"); // names are kept as typed
   EXPECT_EQ(item("a/b")->text, "a/b");
-  EXPECT_FALSE(form->saved());
+  EXPECT_FALSE(form->document().saved());
 }
 
 TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
@@ -148,7 +148,7 @@ TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
   EXPECT_EQ(always.done(), 2u); // the error was shown
   EXPECT_EQ(sig("Box")->hitMode, 0);
   EXPECT_EQ(item("Box")->image, Form::tpContainer);
-  EXPECT_TRUE(form->saved());
+  EXPECT_TRUE(form->document().saved());
 
   select("Parent");
   cScript passive({[] {
@@ -160,8 +160,8 @@ TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
   EXPECT_EQ(item("Parent")->image, Form::tpPassive);
   EXPECT_STREQ(form->sheet().value(Form::kHitConditions, Form::rHitMode),
                "If no other hits (passive)");
-  EXPECT_EQ(form->count(1), 1);
-  EXPECT_FALSE(form->saved());
+  EXPECT_EQ(form->document().count(1), 1);
+  EXPECT_FALSE(form->document().saved());
 }
 
 TEST_F(MainForm, ContentTypeAndScopeChoicesChangeTheRulesAndTheRows) {
@@ -206,7 +206,7 @@ TEST_F(MainForm, ContentTypeAndScopeChoicesChangeTheRulesAndTheRows) {
             (std::vector<std::pair<int, int>>{{4, 4}, {5, 5}, {0, 0}, {0, 0}, {0, 0}, {0, 0}}));
   EXPECT_EQ(parent->subset, nullptr);
   EXPECT_NE(parent->getSizeEndRule(), nullptr); // the other rules stay
-  EXPECT_FALSE(form->saved());
+  EXPECT_FALSE(form->document().saved());
 }
 
 TEST_F(MainForm, InheritedRowsAreGreyAndOnlyOwnRulesCanBeRemoved) {
@@ -227,7 +227,7 @@ TEST_F(MainForm, InheritedRowsAreGreyAndOnlyOwnRulesCanBeRemoved) {
   clickOn(form->ruleTools().button(Form::kRemove));
   EXPECT_EQ(sig("Child")->first_end(), nullptr);
   EXPECT_FALSE(sheet.hasProp(Form::kEndRules, 2));
-  EXPECT_TRUE(form->saved());
+  EXPECT_TRUE(form->document().saved());
 }
 
 TEST_F(MainForm, SavingNothingDoesNothingAndMergingIntoNothingStaysSaved) {
@@ -238,11 +238,11 @@ TEST_F(MainForm, SavingNothingDoesNothingAndMergingIntoNothingStaysSaved) {
   EXPECT_EQ(nsoff::windows().size(), before); // no dialog
   const std::string path = rulesFile("merge.qrrs", kRules);
   ASSERT_TRUE(form->loadFile(path.c_str(), true));
-  EXPECT_TRUE(form->saved());
-  EXPECT_EQ(form->count(2), 2);
+  EXPECT_TRUE(form->document().saved());
+  EXPECT_EQ(form->document().count(2), 2);
   ASSERT_TRUE(form->loadFile(path.c_str(), true));
-  EXPECT_FALSE(form->saved());
-  EXPECT_EQ(form->count(2), 4);
+  EXPECT_FALSE(form->document().saved());
+  EXPECT_EQ(form->document().count(2), 4);
   EXPECT_EQ(form->tree().count(), 1 + 6);
 }
 
@@ -260,7 +260,7 @@ TEST_F(MainForm, ADamagedFileKeepsWhatCouldBeRead) {
   ASSERT_TRUE(form->loadFile(cut.c_str(), false));
   EXPECT_EQ(captions.size(), 1u);
   EXPECT_NE(sig("Parent"), nullptr);
-  EXPECT_EQ(form->tree().count(), 1 + form->signatures().count()); // all of it shown
+  EXPECT_EQ(form->tree().count(), 1 + form->document().tree().count()); // all of it shown
   cScript missing({[] { nsoff::key(kEnter); }});
   EXPECT_FALSE(form->loadFile((dir + "/none.qrrs").c_str(), false));
   EXPECT_NE(sig("Parent"), nullptr); // a file that cannot be opened changes nothing
@@ -293,7 +293,7 @@ TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {
   EXPECT_EQ(fresh->getSizeEndRule()->fieldBytes(), 4);
   EXPECT_TRUE(form->sheet().hasProp(Form::kStartRules, 1));
   EXPECT_TRUE(form->sheet().hasProp(Form::kEndRules, 1));
-  const std::string before = textOf(form->signatures());
+  const std::string before = textOf(form->document().tree());
 
   // Saved through the dialog under a new name, over nothing; then again over itself.
   const std::string path = dir + "/saved.qrrs";
@@ -301,12 +301,12 @@ TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {
   nsoff::key('S', {.ctrl = true});
   nsoff::runUntilIdle();
   EXPECT_EQ(save.done(), 1u);
-  EXPECT_TRUE(form->saved());
-  EXPECT_EQ(form->fileName(), path);
+  EXPECT_TRUE(form->document().saved());
+  EXPECT_EQ(form->document().path(), path);
   EXPECT_EQ(form->lastFolder(), dir);
 
   Form reloaded;
-  cCustomSignaturesTree& tree = reloaded.signatures();
+  cCustomSignaturesTree& tree = reloaded.document().tree();
   cFileIO file;
   ASSERT_TRUE(file.open(path.c_str(), fmRead));
   ASSERT_EQ(tree.load(&file), 0);
@@ -323,7 +323,7 @@ TEST_F(MainForm, ClosingWithUnsavedChangesAsksAndNoKeepsTheWindow) {
   nsoff::runUntilIdle();
   EXPECT_EQ(sig("Parent"), nullptr);
   EXPECT_EQ(form->current(), nullptr); // the root view
-  EXPECT_FALSE(form->saved());
+  EXPECT_FALSE(form->document().saved());
   EXPECT_EQ(form->tree().count(), 1 + 1);
 
   const NSWND window = nsoff::topWindow().handle;

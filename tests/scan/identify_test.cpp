@@ -7,7 +7,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "qvraci-rules/identify.h"
+#include "scan/identify.h"
 
 namespace fs = std::filesystem;
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "qvraci-rules/importconf.h"
+#include "scan/importconf.h"
 #include "zorb/csigtext.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "qvraci-rules/scan.h"
+#include "scan/scan.h"
 
 using namespace std::string_literals;
 

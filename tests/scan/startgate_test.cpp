@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "qvraci-rules/startgate.h"
+#include "scan/startgate.h"
 #include "zorb/csigstrrules.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 #include <zlib.h>
 
-#include "qvraci-rules/walk.h"
+#include "scan/walk.h"
 
 namespace {
 

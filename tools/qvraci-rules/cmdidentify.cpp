@@ -10,7 +10,7 @@
 #include "cli.h"
 #include "commands.h"
 #include "describe.h"
-#include "identify.h"
+#include "scan/identify.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "base/files.h"
 #include "commands.h"
-#include "importconf.h"
+#include "scan/importconf.h"
 #include "zorb/csigtext.h"
 
 namespace {
@@ -76,11 +76,8 @@ int importCommand(const sArgs& a) {
   // A comment after the header says where the definitions came from.
   const size_t header = text.find('\n') + 1;
   text.insert(header, "# imported by qvraci-rules import " + format + " from " + source + "\n");
-  cFileIO file;
-  if (!file.create(out, fmWrite))
-    return fail(std::string(out) + ": cannot be created: " + std::strerror(errno));
-  if (!file.writef(text.data(), static_cast<unsigned int>(text.size())))
-    return fail(std::string(out) + ": write failure");
+  if (const sReplaceResult written = file_replace(out, text.data(), text.size()); !written.ok())
+    return fail(std::string(out) + ": cannot be written: " + std::strerror(written.error));
   std::fprintf(stderr, "qvraci-rules: %lld definitions from %d lines; %zu left out\n", definitions,
                imported.lines, imported.notes.size());
   return 0;

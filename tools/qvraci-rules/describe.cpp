@@ -1,21 +1,16 @@
 #include "describe.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
-#include <string_view>
-
-#include "base/files.h"
-#include "zorb/csigtext.h"
+#include "zorb/rulesfile.h"
 
 std::string hitModeText(int hitMode) {
   switch (hitMode) {
-  case 0:
+  case cScanSignature::hmNever:
     return "Never (container)";
-  case 1:
+  case cScanSignature::hmPassive:
     return "If no other hits (passive)";
-  case 2:
+  case cScanSignature::hmActive:
     return "Always (active)";
   default:
     return "hit mode " + std::to_string(hitMode);
@@ -62,48 +57,8 @@ std::string ruleText(const cScanSigEndRule& rule) {
   return text;
 }
 
-bool buildRulesText(const char* path, cFileIO& file, cCustomSignaturesTree& tree) {
-  constexpr unsigned long long kMaxText = 64ull << 20;
-  const unsigned long long size = file.size();
-  if (size > kMaxText) {
-    std::fprintf(stderr, "qvraci-rules: %s: too large for a definition text (over %llu MiB)\n",
-                 path, kMaxText >> 20);
-    return false;
-  }
-  std::string text(static_cast<size_t>(size), '\0');
-  if (!file.set_fp(0) || (size && !file.readf(text.data(), static_cast<unsigned int>(size)))) {
-    std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
-    return false;
-  }
-  sRulesTextError error;
-  if (!rulesFromText(text, tree, error)) {
-    const std::string where = error.line ? ":" + std::to_string(error.line) : "";
-    std::fprintf(stderr, "qvraci-rules: %s%s: %s\n", path, where.c_str(), error.message.c_str());
-    return false;
-  }
-  return true;
-}
-
 bool loadRules(const char* path, cCustomSignaturesTree& tree) {
-  cFileIO file;
-  if (!file.open(path, fmRead)) {
-    std::fprintf(stderr, "qvraci-rules: %s: cannot be opened: %s\n", path, std::strerror(errno));
-    return false;
-  }
-  // A definition text where a rules file is expected is built in memory.
-  static constexpr std::string_view kTextHeader = "qvraci-rules text";
-  char head[kTextHeader.size()] = {};
-  if (file.size() >= kTextHeader.size() && file.readf(head, sizeof head) &&
-      std::string_view(head, sizeof head) == kTextHeader)
-    return buildRulesText(path, file, tree);
-  if (!file.set_fp(0)) {
-    std::fprintf(stderr, "qvraci-rules: %s: read failure\n", path);
-    return false;
-  }
-  const int result = tree.load(&file);
-  if (result != 0) {
-    std::fprintf(stderr, "qvraci-rules: %s: %s\n", path, loadResultText(result));
-    return false;
-  }
-  return true;
+  const sRulesFileResult loaded = loadRulesFile(path, tree);
+  if (!loaded.ok()) std::fprintf(stderr, "qvraci-rules: %s\n", loaded.message.c_str());
+  return loaded.ok();
 }

@@ -1,0 +1,88 @@
+// The definition set being edited: the tree, the file it came from and the form it is in,
+// whether it is saved, and every change a user makes to it, each through one operation.
+// The main form shows a document and edits it only through these; they need no window.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "zorb/customsig.h"
+#include "zorb/rulesfile.h"
+
+class cRulesDocument {
+public:
+  // What the content type row offers: the block is 8-bit text, 16-bit text, or anything.
+  enum eContent { ctAscii = 1, ctUnicode = 2, ctBinary = 3 };
+  // What a change of hit mode came to.
+  enum eModeChange { mcChanged, mcUnchanged, mcNoRules };
+
+  cCustomSignaturesTree& tree() { return myTree; }
+  const cCustomSignaturesTree& tree() const { return myTree; }
+  const std::string& path() const { return myPath; } // empty: never opened or saved
+  eRulesForm form() const { return myForm; }
+  bool saved() const { return mySaved; }
+  bool empty() const { return !myTree.first(); }
+  // Definitions by hit mode (0 containers, 1 passive, 2 active).
+  int count(int hitMode) const;
+  // Called after the saved flag or the path changed.
+  void setListener(std::function<void()> listener) { myListener = std::move(listener); }
+
+  // --- files
+  // An empty set, with no file.
+  void clear();
+  // The file's definitions in place of the set's. When it cannot be read nothing changes;
+  // when it is damaged what could be read stays and the set takes its name.
+  sRulesFileResult open(const char* path);
+  // The file's definitions after the set's; the set stays saved only if it was empty.
+  sRulesFileResult merge(const char* path);
+  // Saves to path, atomically: as text for a name ending ".txt", else in the set's form.
+  // The set counts as saved once the file could be created, even when a later step failed.
+  sRulesFileResult save(const char* path);
+
+  // --- definitions
+  // A new container named name with the extension "undefined", last under parent (null:
+  // the top level).
+  cScanSignature* addDefinition(cScanSignature* parent, const char* name);
+  // Removes the definition with everything under it.
+  void deleteDefinition(cScanSignature* sig);
+  // False when the name is empty or unchanged.
+  bool rename(cScanSignature* sig, const char* name);
+  // An extension that a file system takes: characters that paths or shells read otherwise
+  // become harmless ones, and the text stops where its first "/" stood. False when the
+  // text is empty or unchanged.
+  bool setExtension(cScanSignature* sig, const char* text);
+  // A definition without content rules of its own cannot hit: it stays a container.
+  eModeChange setHitMode(cScanSignature* sig, int hitMode);
+  void setAllRules(cScanSignature* sig, bool allRules);
+  // Replaces the subset (null: none).
+  void setSubset(cScanSignature* sig, std::unique_ptr<cScanSigSubset> subset);
+  // The definition's own text rules: a text check with its text end, of one kind or none.
+  static eContent content(const cScanSignature* sig);
+  void setContent(cScanSignature* sig, eContent content);
+
+  // --- rules
+  cScanSigRule* addStartRule(cScanSignature* sig, std::unique_ptr<cScanSigRule> rule);
+  cScanSigEndRule* addEndRule(cScanSignature* sig, std::unique_ptr<cScanSigEndRule> rule);
+  // New values for a rule; false, and nothing changes, when the pattern does not compile or
+  // the values are those it has.
+  bool setStartRule(cScanSigRuleUniHexMatch* rule, const char* pattern, unsigned int blockSize,
+                    unsigned int position);
+  bool setEndRule(cScanSigEndRuleUniHex* rule, const char* pattern, unsigned int distance);
+  bool setSizeRule(cScanSigEndRuleMatchSize* rule, unsigned int offset, unsigned char bytes,
+                   unsigned int increment, unsigned int multiplier, bool bigEndian);
+  // Removing a rule leaves the saved flag as it was.
+  void removeRule(cScanSignature* sig, cScanSigRule* rule);
+  void removeRule(cScanSignature* sig, cScanSigEndRule* rule);
+
+private:
+  void changed() { setSaved(false); }
+  void setSaved(bool saved);
+  void setPath(const std::string& path);
+
+  cCustomSignaturesTree myTree;
+  std::string myPath;
+  eRulesForm myForm = rfBinary;
+  bool mySaved = true;
+  std::function<void()> myListener;
+};

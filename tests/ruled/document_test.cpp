@@ -1,0 +1,237 @@
+// The editor's document without a window: files in both forms, and each edit's effect on
+// the tree and on the saved flag.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "qvrasci-ruled/document.h"
+#include "zorb/csigtext.h"
+
+namespace {
+
+// As the text form writes it, so that a save can be compared with it.
+constexpr const char* kRules = R"(qvraci-rules text 1
+definition "Box" ext "" mode never {
+  definition "Parent" ext "par" {
+    start at 0: 'PA'
+    end size at 4 width 4 little-endian multiplier 1 increment 0
+  }
+}
+)";
+
+class Document : public ::testing::Test {
+protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/qvraci-doc-XXXXXX";
+    ASSERT_TRUE(mkdtemp(pattern));
+    dir = pattern;
+    write(dir + "/rules.txt", kRules);
+  }
+  void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
+
+  static void write(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+  static std::string read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  static std::string textOf(const cCustomSignaturesTree& tree) {
+    std::string text, error;
+    EXPECT_TRUE(rulesToText(tree, text, error)) << error;
+    return text;
+  }
+  cScanSignature* find(const char* name) {
+    for (cTreeItem* i = doc.tree().first(); i; i = i->nextInOrder()) {
+      auto* s = static_cast<cScanSignature*>(i);
+      if (std::string(s->name.c_str()) == name) return s;
+    }
+    return nullptr;
+  }
+
+  std::string dir;
+  cRulesDocument doc;
+};
+
+TEST_F(Document, OpensEitherFormAndSavesTheFormItCameIn) {
+  int told = 0;
+  doc.setListener([&] { ++told; });
+  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  EXPECT_EQ(doc.form(), rfText);
+  EXPECT_EQ(doc.path(), dir + "/rules.txt");
+  EXPECT_TRUE(doc.saved());
+  EXPECT_EQ(told, 1); // the path
+  EXPECT_EQ(doc.count(cScanSignature::hmNever), 1);
+  EXPECT_EQ(doc.count(cScanSignature::hmActive), 1);
+
+  // Saved under another name the set keeps its form; a .txt name always asks for text.
+  ASSERT_TRUE(doc.save((dir + "/copy.qrrs").c_str()).ok());
+  EXPECT_EQ(read(dir + "/copy.qrrs"), kRules);
+  EXPECT_EQ(doc.path(), dir + "/copy.qrrs");
+
+  cRulesDocument binary;
+  cCustomSignaturesTree tree;
+  sRulesTextError error;
+  ASSERT_TRUE(rulesFromText(kRules, tree, error));
+  ASSERT_TRUE(saveRulesFile((dir + "/rules.qrrs").c_str(), tree, rfBinary).ok());
+  ASSERT_TRUE(binary.open((dir + "/rules.qrrs").c_str()).ok());
+  EXPECT_EQ(binary.form(), rfBinary);
+  ASSERT_TRUE(binary.save((dir + "/again.qrrs").c_str()).ok());
+  EXPECT_EQ(read(dir + "/again.qrrs"), read(dir + "/rules.qrrs"));
+  ASSERT_TRUE(binary.save((dir + "/again.txt").c_str()).ok());
+  EXPECT_EQ(read(dir + "/again.txt"), kRules);
+  EXPECT_EQ(binary.form(), rfText);
+}
+
+TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
+  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  doc.rename(find("Parent"), "Edited");
+
+  // Not there: nothing changes.
+  EXPECT_EQ(doc.open((dir + "/missing.qrrs").c_str()).outcome, sRulesFileResult::roCannotOpen);
+  EXPECT_TRUE(find("Edited"));
+  EXPECT_FALSE(doc.saved());
+
+  // A folder that does not exist: nothing written, still unsaved.
+  const sRulesFileResult created = doc.save((dir + "/none/x.qrrs").c_str());
+  EXPECT_EQ(created.outcome, sRulesFileResult::roCannotCreate);
+  EXPECT_NE(created.message.find("cannot be created: No such file or directory"), std::string::npos)
+      << created.message;
+  EXPECT_FALSE(doc.saved());
+
+  // Damaged: what was read stays, under the file's name.
+  const std::string rules = kRules;
+  write(dir + "/cut.txt", rules.substr(0, rules.find("  definition")));
+  const sRulesFileResult cut = doc.open((dir + "/cut.txt").c_str());
+  EXPECT_EQ(cut.outcome, sRulesFileResult::roDamaged);
+  EXPECT_NE(cut.message.find("cut.txt: definition text, line 2: definition \"Box\" is not closed"),
+            std::string::npos)
+      << cut.message;
+  EXPECT_TRUE(find("Box"));
+  EXPECT_FALSE(find("Edited"));
+  EXPECT_EQ(doc.path(), dir + "/cut.txt");
+  EXPECT_TRUE(doc.saved());
+}
+
+TEST_F(Document, AMergeKeepsTheSetSavedOnlyWhenItWasEmpty) {
+  ASSERT_TRUE(doc.merge((dir + "/rules.txt").c_str()).ok());
+  EXPECT_TRUE(doc.saved());
+  EXPECT_TRUE(doc.path().empty());
+  ASSERT_TRUE(doc.merge((dir + "/rules.txt").c_str()).ok());
+  EXPECT_FALSE(doc.saved());
+  EXPECT_EQ(doc.tree().count(), 4);
+  doc.clear();
+  EXPECT_TRUE(doc.empty());
+  EXPECT_TRUE(doc.saved());
+}
+
+// Each edit, done on a freshly opened set: whether it changed something, and the set's
+// saved flag after it.
+TEST_F(Document, EditsAndTheSavedFlag) {
+  struct sCase {
+    const char* what;
+    std::function<bool(cRulesDocument&, cScanSignature* box, cScanSignature* parent)> edit;
+    bool changes;
+  };
+  auto adv = [](const char* pattern) {
+    auto r = std::make_unique<cScanSigRuleUniHexMatch>();
+    EXPECT_TRUE(r->create(pattern, 0, 0));
+    return r;
+  };
+  const sCase cases[] = {
+      {"new definition", [](auto& d, auto* box, auto*) { return d.addDefinition(box, "New"); },
+       true},
+      {"delete", [](auto& d, auto*, auto* p) { return d.deleteDefinition(p), true; }, true},
+      {"rename", [](auto& d, auto*, auto* p) { return d.rename(p, "PNG"); }, true},
+      {"rename to the same", [](auto& d, auto*, auto* p) { return d.rename(p, "Parent"); }, false},
+      {"rename to nothing", [](auto& d, auto*, auto* p) { return d.rename(p, ""); }, false},
+      {"extension", [](auto& d, auto*, auto* p) { return d.setExtension(p, "png"); }, true},
+      {"container to active",
+       [](auto& d, auto* box, auto*) { return d.setHitMode(box, 2) == cRulesDocument::mcChanged; },
+       false},
+      {"active to passive",
+       [](auto& d, auto*, auto* p) { return d.setHitMode(p, 1) == cRulesDocument::mcChanged; },
+       true},
+      {"any rule", [](auto& d, auto*, auto* p) { return d.setAllRules(p, false), true; }, true},
+      {"all rules again", [](auto& d, auto*, auto* p) { return d.setAllRules(p, true), true; },
+       false},
+      {"subset",
+       [](auto& d, auto*, auto* p) {
+         auto s = std::make_unique<cFieldRelativeSubset>();
+         s->create(4, 1);
+         return d.setSubset(p, std::move(s)), true;
+       },
+       true},
+      {"no subset, none before", [](auto& d, auto*, auto* p) { return d.setSubset(p, {}), true; },
+       false},
+      {"ascii text",
+       [](auto& d, auto*, auto* p) { return d.setContent(p, cRulesDocument::ctAscii), true; },
+       true},
+      {"start rule", [&](auto& d, auto*, auto* p) { return d.addStartRule(p, adv("'X'")); }, true},
+      {"start rule changed",
+       [](auto& d, auto*, auto* p) {
+         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PB'", 0, 0);
+       },
+       true},
+      {"start rule as it was",
+       [](auto& d, auto*, auto* p) {
+         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PA'", 0, 0);
+       },
+       false},
+      {"start rule that does not compile",
+       [](auto& d, auto*, auto* p) {
+         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "4Z", 0, 0);
+       },
+       false},
+      {"size rule",
+       [](auto& d, auto*, auto* p) {
+         return d.setSizeRule(p->getSizeEndRule(), 4, 4, 0, 2, false);
+       },
+       true},
+      {"rule removed",
+       [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_str()), true; }, false},
+  };
+  for (const sCase& c : cases) {
+    doc.open((dir + "/rules.txt").c_str());
+    const std::string before = textOf(doc.tree());
+    const bool changed = c.edit(doc, find("Box"), find("Parent"));
+    EXPECT_EQ(!doc.saved(), c.changes) << c.what;
+    if (!c.changes) continue;
+    EXPECT_TRUE(changed) << c.what;
+    EXPECT_NE(textOf(doc.tree()), before) << c.what;
+  }
+}
+
+TEST_F(Document, TheExtensionAndTheTextRulesFollowTheirRules) {
+  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  cScanSignature* p = find("Parent");
+  const std::pair<const char*, const char*> kExtensions[] = {
+      {"a/b", "a"}, {"*?", "@~"}, {"x:y|z\\\"", "x_y_z-'"}};
+  for (const auto& [typed, stored] : kExtensions) {
+    EXPECT_TRUE(doc.setExtension(p, typed));
+    EXPECT_STREQ(p->ext.c_str(), stored);
+  }
+  EXPECT_EQ(doc.setHitMode(find("Box"), 1), cRulesDocument::mcNoRules);
+  EXPECT_EQ(find("Box")->hitMode, cScanSignature::hmNever);
+
+  // Text rules come in pairs: a start check and the end where the text ends.
+  EXPECT_EQ(cRulesDocument::content(p), cRulesDocument::ctBinary);
+  doc.setContent(p, cRulesDocument::ctUnicode);
+  doc.setContent(p, cRulesDocument::ctAscii);
+  EXPECT_EQ(cRulesDocument::content(p), cRulesDocument::ctAscii);
+  EXPECT_TRUE(p->first_typed_end(etAsciiTextEnd));
+  EXPECT_FALSE(p->first_typed_str(rtIsUnicodeText));
+  EXPECT_FALSE(p->first_typed_end(etUnicodeTextEnd));
+  doc.setContent(p, cRulesDocument::ctBinary);
+  EXPECT_FALSE(p->first_typed_str(rtIsAsciiText));
+  EXPECT_FALSE(p->first_typed_end(etAsciiTextEnd));
+  EXPECT_TRUE(p->first_typed_str(rtAdvHex)); // its own pattern stays
+}
+
+} // namespace
