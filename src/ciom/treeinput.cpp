@@ -25,7 +25,12 @@ void cTreeViewChild::select(cTreeViewItem* item, bool focus) {
   } else {
     mySelected = item;
     myAnnounce = nullptr;
-    markUnfocused(item);
+    // While the tree holds the focus it moves to the item's label, quietly: the focus and
+    // the selection never part, so keys and clicks start from the selected item.
+    if (focused() && !item->element->hasFocus())
+      item->element->select();
+    else
+      markUnfocused(item);
   }
   scrollIntoView(item);
 }

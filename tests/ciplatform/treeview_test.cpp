@@ -315,6 +315,26 @@ TEST_F(TreeView, TheSelectionStaysVisibleWithoutTheFocus) {
   EXPECT_TRUE(root.codes().empty() || root.codes().back() == cTreeViewChild::kSelected);
 }
 
+// Chosen without the focus while the tree has it, an item takes the focus too; a click on
+// the label that held it before makes that item the selected one again, and says so.
+TEST_F(TreeView, TheFocusFollowsTheSelection) {
+  root.tree.select(a, true);
+  nsoff::runUntilIdle();
+  root.tree.select(b, false);
+  nsoff::runUntilIdle();
+  EXPECT_TRUE(b->element->hasFocus());
+  EXPECT_FALSE(a->element->hasFocus());
+  root.seen.clear();
+  press(cChildElement::kKeyDown);
+  EXPECT_EQ(selectedText(), "b1");
+  root.tree.select(b, false);
+  nsoff::runUntilIdle();
+  nsoff::click(centreOf(a->element.get()).x, centreOf(a->element.get()).y);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(selectedText(), "a");
+  EXPECT_EQ(root.codes(), (std::vector<int>{cTreeViewChild::kSelected, cTreeViewChild::kSelected}));
+}
+
 TEST_F(TreeView, TypingJumpsToARowAndStarOpensABranch) {
   root.tree.collapse(a, false);
   root.tree.select(a, true);
