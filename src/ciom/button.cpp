@@ -13,7 +13,9 @@ constexpr int kTextColour = 13, kDisabledTextColour = 8;
 
 } // namespace
 
-cButtonChild::cButtonChild(eLook look) : myLook(look) {}
+cButtonChild::cButtonChild(eLook look) : myLook(look) {
+  setHoverLook(true);
+}
 
 void cButtonChild::setPictures(const cPicture* normal, const cPicture* active,
                                const cPicture* disabled) {
@@ -31,7 +33,7 @@ void cButtonChild::setDefault(bool on) {
 const cPicture* cButtonChild::currentPicture() const {
   const cPicture* normal = myPictures[0];
   if (!enabled()) return myPictures[2] ? myPictures[2] : normal;
-  if (myHot && myPictures[1]) return myPictures[1];
+  if (hot() && myPictures[1]) return myPictures[1];
   return normal;
 }
 
@@ -56,11 +58,11 @@ int cButtonChild::faceElement() const {
   const bool down = myPressed && myInside;
   if (myLook == lkFlat) {
     if (!enabled()) return -1;
-    return down ? tiToolPressed : myHot ? tiToolHot : -1;
+    return down ? tiToolPressed : hot() ? tiToolHot : -1;
   }
   if (!enabled()) return tiButtonDisabled;
   if (down) return tiButtonPressed;
-  if (myHot) return tiButtonHot;
+  if (hot()) return tiButtonHot;
   return myDefault || hasFocus() ? tiButtonDefault : tiButton;
 }
 
@@ -135,18 +137,6 @@ void cButtonChild::onMouseMoving(int x, int y) {
   }
 }
 
-void cButtonChild::onMouseOver() {
-  myHot = true;
-  repaint();
-  cChildElement::onMouseOver();
-}
-
-void cButtonChild::onMouseLeft() {
-  myHot = false;
-  repaint();
-  cChildElement::onMouseLeft();
-}
-
 bool cButtonChild::onKey(int key, bool shift, bool ctrl, bool alt) {
   if ((key != kKeyEnter && key != kKeySpace) || shift || ctrl || alt) return false;
   notifyAction();
@@ -158,6 +148,6 @@ void cButtonChild::onLooseFocus(bool, bool) {
 }
 
 void cButtonChild::onEnableChanged(bool) {
-  myPressed = myInside = myHot = false;
+  myPressed = myInside = false;
   repaint();
 }

@@ -22,7 +22,6 @@ public:
   // The default button of a dialog wears the default face.
   void setDefault(bool on);
   bool pressed() const { return myPressed && myInside; }
-  bool hot() const { return myHot; }
   // The room the content needs (at least the minimum width).
   bool wantedSize(sSize& size);
 
@@ -33,8 +32,6 @@ public:
   void onPaint(cCanvas* canvas) override;
   void onMouseButton(int x, int y, int button, bool down) override;
   void onMouseMoving(int x, int y) override;
-  void onMouseOver() override;
-  void onMouseLeft() override;
   bool onKey(int key, bool shift, bool ctrl, bool alt) override;
   void onLooseFocus(bool shift, bool ctrl) override;
   void onEnableChanged(bool state) override;
@@ -50,5 +47,5 @@ private:
   eLook myLook;
   const cPicture* myPictures[3] = {nullptr, nullptr, nullptr};
   int myMinWidth = 0;
-  bool myDefault = false, myHot = false, myPressed = false, myInside = false;
+  bool myDefault = false, myPressed = false, myInside = false;
 };

@@ -42,7 +42,7 @@ void cCheckBoxChild::onPaint(cCanvas* canvas) {
     canvas->drawRect(&all, defaultBackgroundColor(), defaultBackgroundColor());
   }
   const int art = !enabled() ? (myChecked ? tiCheckOnDisabled : tiCheckOffDisabled)
-                  : myHot    ? (myChecked ? tiCheckOnHot : tiCheckOffHot)
+                  : hot()    ? (myChecked ? tiCheckOnHot : tiCheckOffHot)
                              : (myChecked ? tiCheckOn : tiCheckOff);
   if (const cPicture* box = theme.getPict(art)) {
     const sPoint at{0, (height() - box->height()) / 2};
@@ -76,16 +76,6 @@ void cCheckBoxChild::onMouseButton(int x, int y, int button, bool down) {
   myPressed = false;
   releasePointer();
   if (x >= 0 && y >= 0 && x < width() && y < height()) toggle();
-}
-
-void cCheckBoxChild::onMouseOver() {
-  myHot = true;
-  repaint();
-}
-
-void cCheckBoxChild::onMouseLeft() {
-  myHot = false;
-  repaint();
 }
 
 bool cCheckBoxChild::onKey(int key, bool shift, bool ctrl, bool alt) {

@@ -8,14 +8,14 @@ class cCheckBoxChild : public cChildElement {
 public:
   static constexpr int kBox = 18, kGap = 4;
 
+  cCheckBoxChild() { setHoverLook(true); }
+
   void setChecked(bool on);
   bool checked() const { return myChecked; }
   bool wantedSize(sSize& size);
 
   void onPaint(cCanvas* canvas) override;
   void onMouseButton(int x, int y, int button, bool down) override;
-  void onMouseOver() override;
-  void onMouseLeft() override;
   bool onKey(int key, bool shift, bool ctrl, bool alt) override;
   void onSetFocus(bool, bool) override { repaint(); }
   void onLooseFocus(bool, bool) override { repaint(); }
@@ -25,5 +25,5 @@ public:
 private:
   void toggle();
 
-  bool myChecked = false, myHot = false, myPressed = false;
+  bool myChecked = false, myPressed = false;
 };

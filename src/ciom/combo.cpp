@@ -20,6 +20,7 @@ constexpr int kListText = 13, kListGround = 14, kListHighlight = 16, kListFrame 
 } // namespace
 
 cComboBoxChild::cComboBoxChild() {
+  setHoverLook(true);
   myEdit.setReadonly(true);
   myEdit.setCursorForRO(false);
   myEdit.setSelectOnFocus(false);
@@ -140,7 +141,7 @@ void cComboBoxChild::onPaint(cCanvas* canvas) {
   const eState look = on ? cEditChild::ctNormal : cEditChild::ctDisabled;
   const eState edgeLook = !on                    ? cEditChild::ctDisabled
                           : hasFocus() || myOpen ? cEditChild::ctFocused
-                          : myHot                ? cEditChild::ctHover
+                          : hot()                ? cEditChild::ctHover
                                                  : cEditChild::ctNormal;
   const unsigned fill = myEdit.bgColor(look);
   const unsigned around = parent() ? parent()->defaultBackgroundColor() : fill;
@@ -168,7 +169,7 @@ void cComboBoxChild::onPaint(cCanvas* canvas) {
   }
   const int drop = !on      ? tiComboDropDisabled
                    : myOpen ? tiComboDropPressed
-                   : myHot  ? tiComboDropHot
+                   : hot()  ? tiComboDropHot
                             : tiComboDrop;
   if (const cPicture* button = cCITheme::theme().getPict(drop)) {
     const sPoint at{width() - kButtonWidth - 1, (height() - button->height()) / 2};
@@ -180,18 +181,6 @@ void cComboBoxChild::onMouseButton(int, int, int button, bool down) {
   if (button != 1 || !down) return;
   focus();
   openList();
-}
-
-void cComboBoxChild::onMouseOver() {
-  myHot = true;
-  repaint();
-  cChildElement::onMouseOver();
-}
-
-void cComboBoxChild::onMouseLeft() {
-  myHot = false;
-  repaint();
-  cChildElement::onMouseLeft();
 }
 
 bool cComboBoxChild::onKey(int key, bool shift, bool ctrl, bool alt) {

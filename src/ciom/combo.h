@@ -43,8 +43,6 @@ public:
 
   void onPaint(cCanvas* canvas) override;
   void onMouseButton(int x, int y, int button, bool down) override;
-  void onMouseOver() override;
-  void onMouseLeft() override;
   bool onKey(int key, bool shift, bool ctrl, bool alt) override;
   bool onChar(unsigned short ch, bool shift, bool ctrl, bool alt) override;
   void onSetFocus(bool shift, bool ctrl) override;
@@ -67,5 +65,5 @@ private:
   std::map<int, sItem> myItems;
   int mySelected = -1;
   cEditChild myEdit;
-  bool myHot = false, myOpen = false;
+  bool myOpen = false;
 };

@@ -66,6 +66,38 @@ int cCustomForm::anchorFooterButtons(cChildElement* buttons, int width) {
   return h;
 }
 
+void cCustomForm::addDialogButtons(const char* accept, const char* cancel, bool pictures) {
+  const cCITheme& theme = cCITheme::theme();
+  if (pictures) {
+    myDialogPictures.refImage(kAcceptButton, theme.getPict(tiOk));
+    myDialogPictures.refImage(kCancelButton, theme.getPict(tiCancel));
+    myDialogButtons.setPictures(&myDialogPictures);
+  }
+  myDialogButtons.setTransparent(true);
+  attach(&myDialogButtons, 0, 0, 0, theme.getDimension(kButtonHeightDim, 0));
+  const auto picture = [&](int id) { return pictures ? id : -1; };
+  if (accept)
+    myDialogButtons.addButton(kAcceptButton, accept, nullptr, picture(kAcceptButton),
+                              kDialogButtonWidth);
+  if (cancel)
+    myDialogButtons.addButton(kCancelButton, cancel, nullptr, picture(kCancelButton),
+                              kDialogButtonWidth);
+  if (cButtonChild* button = myDialogButtons.button(kAcceptButton)) button->setDefault(true);
+  anchorFooterButtons(&myDialogButtons, myDialogButtons.wantedWidth());
+}
+
+bool cCustomForm::onDialogButton(int id) {
+  if (id == kAcceptButton) return onFormAccept();
+  if (id == kCancelButton) return onFormCancel();
+  return false;
+}
+
+bool cCustomForm::onFormCancel() {
+  if (!myDialogButtons.button(kCancelButton)) return false;
+  end_modal(0);
+  return true;
+}
+
 bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {
   cChildElement* focus = getFocused();
   if (!shift && !ctrl && !alt && !(focus && focus->claimsKey(key))) {
@@ -78,6 +110,8 @@ bool cCustomForm::processKey(int key, bool shift, bool ctrl, bool alt) {
 bool cCustomForm::onAction(cChildElement* source, cChildAction* action) {
   if (source == this && action && action->code == kAfterConstructCode && onAfterConstruct())
     return true;
+  if (source == &myDialogButtons && action && action->code == cToolBarAction::kCode)
+    return onDialogButton(static_cast<cToolBarAction*>(action)->id);
   return cChildElement::onAction(source, action);
 }
 

@@ -1,12 +1,14 @@
 // A form: the root element of a dialog or main window. A themed frame (a header band and
-// a footer band for the buttons) around a content panel, Enter and Escape as accept and
-// cancel, and a hook that runs once the window is up.
+// a footer band for the buttons) around a content panel, the dialog buttons in the footer,
+// Enter and Escape as accept and cancel, and a hook that runs once the window is up.
 #pragma once
 
 #include <string>
 
 #include "panel.h"
+#include "pictlist.h"
 #include "picture.h"
+#include "toolbar.h"
 
 class cCustomForm : public cChildElement {
 public:
@@ -16,9 +18,22 @@ public:
   virtual void drawSkin(cCanvas* canvas, int w, int h);
   // Runs once, from the message loop, after the window exists; true consumes the action.
   virtual bool onAfterConstruct() { return false; }
-  // Escape and Enter without modifiers; true consumes the key.
-  virtual bool onFormCancel() { return false; }
+  // Escape and Enter without modifiers; true consumes the key. A form with a cancelling
+  // dialog button ends its modal run with 0 on Escape.
+  virtual bool onFormCancel();
   virtual bool onFormAccept() { return false; }
+
+  // The dialog buttons, at the right of the footer band: an accepting one (the default)
+  // and a cancelling one, either left out when its text is null, with the theme's OK and
+  // Cancel pictures when asked for. Their presses go to onDialogButton.
+  enum eDialogButton { kAcceptButton = 1, kCancelButton = 2 };
+  static constexpr int kDialogButtonWidth = 75; // the least
+  void addDialogButtons(const char* accept, const char* cancel, bool pictures = false);
+  cToolBarChild& dialogButtons() { return myDialogButtons; }
+  cButtonChild* dialogButton(int id) { return myDialogButtons.button(id); }
+  // A dialog button was pressed: the accepting one accepts and the cancelling one cancels,
+  // as Enter and Escape do, unless a form answers otherwise. True when handled.
+  virtual bool onDialogButton(int id);
 
   // Before the window is built: the window manager draws this form's title bar, so the
   // form's own header band would stand empty under it and shrinks to a thin edge. Returns
@@ -64,5 +79,7 @@ private:
   bool myHeaderDropped = false;
   std::string myCaption;
   cPanelChild myPanel;
+  cToolBarChild myDialogButtons{cButtonChild::lkPush};
+  cPicturesList myDialogPictures;
   sScaled myHeader, myFooter; // the skin's bands at the form's size
 };

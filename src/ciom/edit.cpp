@@ -27,6 +27,7 @@ cEditChild::cEditChild()
         myCaretOn = !myCaretOn;
         repaint();
       }) {
+  setHoverLook(true);
   setMaxLen(kDefaultMaxLen);
   const cCITheme& theme = cCITheme::theme();
   const unsigned edge = theme.elementColour(tiEditEdge);
@@ -429,12 +430,12 @@ cEditChild::eColorTypes cEditChild::textState() const {
   if (!enabled()) return ctDisabled;
   if (myReadonly) return ctReadonly;
   if (hasFocus()) return ctFocused;
-  return myHover ? ctHover : ctNormal;
+  return hot() ? ctHover : ctNormal;
 }
 
 cEditChild::eColorTypes cEditChild::borderState() const {
   if (!enabled()) return ctDisabled;
   if (hasFocus()) return ctFocused;
-  if (myHover) return ctHover;
+  if (hot()) return ctHover;
   return myReadonly ? ctReadonly : ctNormal;
 }

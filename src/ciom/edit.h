@@ -149,8 +149,6 @@ public:
   void onMouseButton(int x, int y, int button, bool down) override;
   void onMouseDoubleClick(int x, int y) override;
   void onMouseMoving(int x, int y) override;
-  void onMouseOver() override;
-  void onMouseLeft() override;
   void onEnableChanged(bool state) override;
   void onSizeChanged() override;
   bool wantDoubleBuffer() override { return true; }
@@ -218,7 +216,7 @@ private:
   int myScrollX = 0, myLineHeight = 0;
   char myGroupSeparator = 0;
   unsigned short myPendingHigh = 0; // a high surrogate typed, waiting for its low half
-  bool myHover = false, myDragging = false, myFocusByMouse = false, myActive = true;
+  bool myDragging = false, myFocusByMouse = false, myActive = true;
   long long myAnchor = 0; // where a drag or shift+click selection started
   bool myClickShift = false;
   unsigned myDoubleClickAt = 0; // when the last double click came, for a triple click

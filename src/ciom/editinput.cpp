@@ -333,18 +333,6 @@ void cEditChild::onMouseDoubleClick(int x, int) {
   offerPrimary();
 }
 
-void cEditChild::onMouseOver() {
-  myHover = true;
-  repaint();
-  cChildElement::onMouseOver();
-}
-
-void cEditChild::onMouseLeft() {
-  myHover = false;
-  repaint();
-  cChildElement::onMouseLeft();
-}
-
 // --- focus -------------------------------------------------------------------------------
 
 void cEditChild::onSetFocusEvent(eEventOrigin origin, bool shift, bool ctrl) {

@@ -112,6 +112,7 @@ void cChildElement::forgetChild(cChildElement* child) {
   for (cChildElement* e = this; e; e = e->myParent) {
     if (e->myHovered == child) e->myHovered = nullptr;
   }
+  child->myHot = false;
   child->myParent = nullptr;
 }
 
@@ -122,7 +123,7 @@ void cChildElement::processDettach(cChildElement* element) {
   if (inside(myHovered)) {
     cChildElement* was = myHovered;
     myHovered = nullptr;
-    was->onMouseLeft();
+    was->leaveHover();
   }
   cChildElement* focusPath = myFocusedChild;
   cChildElement* capturePath = myCapturedChild;

@@ -265,6 +265,10 @@ public:
   cWindowRequestTarget* winTarget() const { return myWinTarget; }
   cChildElement* root();
   cChildElement* hovered() const { return myHovered; }
+  // Whether the pointer is over this element. An element that looks different under the
+  // pointer asks for setHoverLook and is repainted as the pointer comes and goes.
+  bool hot() const { return myHot; }
+  void setHoverLook(bool on) { myHoverLook = on; }
   cHintMaster* hintPopup() const { return myHintPopup.get(); }
 
 protected:
@@ -325,6 +329,10 @@ private:
   int myBorderWidth = 0;
   cChildElement* myCapturedChild = nullptr;
   cChildElement* myHovered = nullptr; // the root's hovered element
+  bool myHot = false, myHoverLook = false;
+  // The pointer came or went: the flag, the look, then onMouseOver or onMouseLeft.
+  void enterHover();
+  void leaveHover();
   bool myFixedX = false, myFixedY = false;
   unsigned myLastClickTicks = 0;
   sPoint myLastClick{-1, -1};

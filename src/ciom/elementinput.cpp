@@ -102,8 +102,20 @@ void cChildElement::notifyHover(cChildElement* element) {
   if (myHovered == element) return;
   cChildElement* was = myHovered;
   myHovered = element;
-  if (was && valid(was)) was->onMouseLeft();
-  if (element) element->onMouseOver();
+  if (was && valid(was)) was->leaveHover();
+  if (element) element->enterHover();
+}
+
+void cChildElement::enterHover() {
+  myHot = true;
+  if (myHoverLook) repaint();
+  onMouseOver();
+}
+
+void cChildElement::leaveHover() {
+  myHot = false;
+  if (myHoverLook) repaint();
+  onMouseLeft();
 }
 
 void cChildElement::onMouseOver() {

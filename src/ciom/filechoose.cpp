@@ -45,8 +45,6 @@ enum eFolderText { txChooseFolder = 0, txFolderLabel = 1, txChoose = 2, txNoFold
 
 enum ePicture { kFolderPicture = 0, kFilePicture, kDrivePicture };
 
-constexpr int kButtonHeightDim = 7;
-constexpr int kButtonMinWidth = 80;
 constexpr int kLabelWidth = 84, kFieldX = 96, kPlacesWidth = 150, kGap = 8;
 constexpr int kTop = 6, kRow = 22, kListTop = 36, kBelowLists = 70;
 constexpr int kKeyF5 = 450, kKeyH = 'H', kKeyL = 'L';
@@ -184,14 +182,9 @@ void cFileChooseDialog::onConstruct() {
   myHidden.setText(string(txShowHidden), -1, false);
   panel->anchor(&myHidden, ~(hiddenWidth + kGap), ~(kBelowLists - 40), hiddenWidth, 20);
 
-  const int h = theme.getDimension(kButtonHeightDim, 0);
-  attach(&myButtons, 0, 0, 0, h);
-  const char* accept = myMode == fmFolder ? folderText(txChoose, "Choose")
-                                          : string(myMode == fmOpen ? txOpen : txSave);
-  myButtons.addButton(kAccept, accept, nullptr, -1, kButtonMinWidth);
-  myButtons.addButton(kCancel, string(txCancel), nullptr, -1, kButtonMinWidth);
-  if (cButtonChild* accept = myButtons.button(kAccept)) accept->setDefault(true);
-  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
+  addDialogButtons(myMode == fmFolder ? folderText(txChoose, "Choose")
+                                      : string(myMode == fmOpen ? txOpen : txSave),
+                   string(txCancel));
 
   if (myMode == fmFolder) { // folders have no types
     myTypeLabel.hide(false);
@@ -511,6 +504,14 @@ bool cFileChooseDialog::onFormAccept() {
   return true;
 }
 
+bool cFileChooseDialog::onDialogButton(int id) {
+  if (id == kAcceptButton && myMode == fmFolder) { // the named folder, not one to open
+    acceptTyped();
+    return true;
+  }
+  return cCustomForm::onDialogButton(id);
+}
+
 bool cFileChooseDialog::onFormCancel() {
   myChosen.reset();
   end_modal(0);
@@ -547,14 +548,6 @@ bool cFileChooseDialog::processKey(int key, bool shift, bool ctrl, bool alt) {
 
 bool cFileChooseDialog::onAction(cChildElement* source, cChildAction* action) {
   const int code = action ? action->code : -1;
-  if (source == &myButtons && code == cToolBarAction::kCode) {
-    const int id = static_cast<cToolBarAction*>(action)->id;
-    if (id == kAccept && myMode == fmFolder) { // the named folder, not one to open
-      acceptTyped();
-      return true;
-    }
-    return id == kAccept ? onFormAccept() : onFormCancel();
-  }
   if (source == &myTools && code == cToolBarAction::kCode) {
     switch (static_cast<cToolBarAction*>(action)->id) {
     case kUp:

@@ -35,7 +35,6 @@ class cFileChooseDialog : public cCustomForm {
 public:
   enum eMode { fmOpen = 0, fmSave = 1, fmFolder = 2 };
   enum eTool { kUp = 1, kNewFolder, kRefresh };
-  enum eButton { kAccept = 1, kCancel };
   static constexpr int kWidth = 720, kHeight = 480;
 
   // Modal over parent; the chosen path, or nothing when cancelled (or for a null parent).
@@ -84,13 +83,13 @@ public:
   cComboBoxChild& types() { return myTypes; }
   cCheckBoxChild& hiddenBox() { return myHidden; }
   cToolBarChild& tools() { return myTools; }
-  cToolBarChild& buttons() { return myButtons; }
 
   const char* wantLangResource() override { return "ciom::filechoose"; }
   void onConstruct() override;
   bool onAfterConstruct() override;
   bool onFormAccept() override;
   bool onFormCancel() override;
+  bool onDialogButton(int id) override;
   bool onAction(cChildElement* source, cChildAction* action) override;
   bool processKey(int key, bool shift, bool ctrl, bool alt) override;
 
@@ -130,6 +129,5 @@ private:
   cListViewChild myPlaces, myFiles;
   cComboBoxChild myTypes;
   cCheckBoxChild myHidden;
-  cToolBarChild myButtons{cButtonChild::lkPush};
   cPicturesList myToolPictures, myFilePictures;
 };

@@ -48,7 +48,7 @@ void cLinkChild::onPaint(cCanvas* canvas) {
   if (!t || !*t || !canvas->setTextMode(stdFontUnderlined())) return;
   const cCITheme& theme = cCITheme::theme();
   unsigned ink = myColour == 0xFF000000 ? linkColour() : myColour;
-  if (myHot) ink = theme.getColor(kAccentDark);
+  if (hot()) ink = theme.getColor(kAccentDark);
   if (!enabled()) ink = theme.getColor(kDisabled);
   canvas->setTextColors(ink, defaultBackgroundColor());
   sSize size;
@@ -73,18 +73,6 @@ void cLinkChild::onMouseButton(int x, int y, int button, bool down) {
   myPressed = false;
   releasePointer();
   if (x >= 0 && y >= 0 && x < width() && y < height()) notifyAction();
-}
-
-void cLinkChild::onMouseOver() {
-  myHot = true;
-  repaint();
-  cChildElement::onMouseOver();
-}
-
-void cLinkChild::onMouseLeft() {
-  myHot = false;
-  repaint();
-  cChildElement::onMouseLeft();
 }
 
 bool cLinkChild::onKey(int key, bool shift, bool ctrl, bool alt) {

@@ -6,15 +6,13 @@
 
 class cLinkChild : public cChildElement {
 public:
+  cLinkChild() { setHoverLook(true); }
   void setColour(unsigned colour);
   void setMargin(int left); // room left of the text
   bool wantedSize(sSize& size);
-  bool hot() const { return myHot; }
 
   void onPaint(cCanvas* canvas) override;
   void onMouseButton(int x, int y, int button, bool down) override;
-  void onMouseOver() override;
-  void onMouseLeft() override;
   bool onKey(int key, bool shift, bool ctrl, bool alt) override;
   void onLooseFocus(bool, bool) override { repaint(); }
   bool wantTabStop() override { return true; }
@@ -24,5 +22,5 @@ public:
 private:
   unsigned myColour = 0xFF000000; // the theme's accent until set
   int myMargin = 0;
-  bool myHot = false, myPressed = false;
+  bool myPressed = false;
 };

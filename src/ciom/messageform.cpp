@@ -12,11 +12,9 @@ namespace {
 
 // The heading is bold in the text's ink: the theme's grey for it reads as disabled.
 constexpr int kTextColour = 13;
-constexpr int kButtonHeightDim = 7;
 constexpr int kHeadingExtra = 37; // the icon's room before the heading
 constexpr int kIconX = 5;
 constexpr int kBodyX = 5, kBodyTop = 33; // the lines below the heading start under the icon
-constexpr int kButtonMinWidth = 75;
 constexpr double kLineSpacing = 1.5;
 
 int spaced(int lineHeight, size_t lines) {
@@ -79,42 +77,27 @@ void cMessageForm::onConstruct() {
     }
   }
 
-  const int buttonHeight = theme.getDimension(kButtonHeightDim, 0);
-  attach(&myToolBar, 0, 0, 0, buttonHeight);
-  if (myButtonSet == bsYesNo) {
-    myToolBar.addButton(kAccept, string(1), nullptr, -1, kButtonMinWidth);
-    myToolBar.addButton(kCancel, string(2), nullptr, -1, kButtonMinWidth);
-  } else {
-    myToolBar.addButton(kAccept, string(0), nullptr, -1, kButtonMinWidth);
-  }
-  if (cButtonChild* accept = myToolBar.button(kAccept)) accept->setDefault(true);
-  anchorFooterButtons(&myToolBar, myToolBar.wantedWidth());
+  if (myButtonSet == bsYesNo)
+    addDialogButtons(string(1), string(2));
+  else
+    addDialogButtons(string(0), nullptr);
 }
 
 bool cMessageForm::onAfterConstruct() {
-  if (cButtonChild* accept = myToolBar.button(kAccept)) accept->focus();
+  if (cButtonChild* accept = dialogButton(kAcceptButton)) accept->focus();
   return true;
 }
 
 bool cMessageForm::onFormAccept() {
   // Enter on a focused No answers No.
-  const cButtonChild* no = myToolBar.button(kCancel);
+  const cButtonChild* no = dialogButton(kCancelButton);
   end_modal(no && no->hasFocus() ? 0 : 1);
   return true;
 }
 
 bool cMessageForm::onFormCancel() {
-  end_modal(0);
+  end_modal(0); // a box with OK alone closes on Escape too
   return true;
-}
-
-bool cMessageForm::onAction(cChildElement* source, cChildAction* action) {
-  if (source == &myToolBar && action && action->code == cToolBarAction::kCode) {
-    const int id = static_cast<cToolBarAction*>(action)->id;
-    if (id == kAccept) return onFormAccept();
-    if (id == kCancel) return onFormCancel();
-  }
-  return cCustomForm::onAction(source, action);
 }
 
 bool cMessageForm::doDialog(cChildElement* parent, const char* text, const char* caption,

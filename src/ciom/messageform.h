@@ -13,7 +13,6 @@ class cMessageForm : public cCustomForm {
 public:
   enum eIconKind { ikInfo = 0, ikQuestion = 1, ikWarning = 2, ikError = 3 };
   enum eButtonSet { bsOk = 0, bsYesNo = 1 };
-  enum eButtonId { kAccept = 1, kCancel = 2 };
   static constexpr int kIconWidth = 33, kIconHeight = 29, kHeadingX = 42;
 
   // One line of the message with the element that shows it.
@@ -43,18 +42,15 @@ public:
   int widest() const { return myWidest; }
   int lineHeight() const { return myLineHeight; }
   size_t lineCount() const { return myLines.size(); }
-  cToolBarChild& buttons() { return myToolBar; }
 
   const char* wantLangResource() override { return "ciom::messages"; }
   void onConstruct() override;
   bool onAfterConstruct() override;
   bool onFormAccept() override;
   bool onFormCancel() override;
-  bool onAction(cChildElement* source, cChildAction* action) override;
 
 private:
   cStaticChild myIcon;
-  cToolBarChild myToolBar{cButtonChild::lkPush};
   std::vector<cStrTokenItem> myLines;
   int myIconKind = ikInfo, myButtonSet = bsOk;
   int myWidest = 0, myLineHeight = 0;

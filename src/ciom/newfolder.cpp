@@ -6,13 +6,6 @@
 #include "langfile.h"
 #include "theme.h"
 
-namespace {
-
-constexpr int kButtonHeightDim = 7;
-constexpr int kButtonMinWidth = 75;
-
-} // namespace
-
 bool cNewFolderNameReqForm::reqNewFolderName(cChildElement* parent, _guardchar<char>& text,
                                              cNewFolderNameReqForm* form) {
   if (!parent) return false;
@@ -33,21 +26,11 @@ const char* cNewFolderNameReqForm::okText() {
 
 void cNewFolderNameReqForm::onConstruct() {
   cCustomForm::onConstruct();
-  const cCITheme& theme = cCITheme::theme();
   clientArea()->anchor(&myEdit, 5, 0, -11, 20);
   myEdit.setBanner(string(bannerString()));
   if (myText && !myText->empty()) myEdit.setText(myText->c_str(), -1, false);
 
-  myPictures.refImage(kOk, theme.getPict(tiOk));
-  myPictures.refImage(kCancel, theme.getPict(tiCancel));
-  myButtons.setPictures(&myPictures);
-  myButtons.setTransparent(true);
-  const int h = theme.getDimension(kButtonHeightDim, 0);
-  attach(&myButtons, 0, 0, 0, h);
-  myButtons.addButton(kOk, okText(), nullptr, kOk, kButtonMinWidth);
-  myButtons.addButton(kCancel, cancelText(), nullptr, kCancel, kButtonMinWidth);
-  if (cButtonChild* ok = myButtons.button(kOk)) ok->setDefault(true);
-  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
+  addDialogButtons(okText(), cancelText(), true);
 }
 
 bool cNewFolderNameReqForm::onAfterConstruct() {
@@ -64,18 +47,4 @@ bool cNewFolderNameReqForm::onFormAccept() {
   if (myText) myText->set(typed);
   end_modal(1);
   return true;
-}
-
-bool cNewFolderNameReqForm::onFormCancel() {
-  end_modal(0);
-  return true;
-}
-
-bool cNewFolderNameReqForm::onAction(cChildElement* source, cChildAction* action) {
-  if (source == &myButtons && action && action->code == cToolBarAction::kCode) {
-    const int id = static_cast<cToolBarAction*>(action)->id;
-    if (id == kOk) return onFormAccept();
-    if (id == kCancel) return onFormCancel();
-  }
-  return cCustomForm::onAction(source, action);
 }

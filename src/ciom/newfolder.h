@@ -11,7 +11,6 @@
 
 class cNewFolderNameReqForm : public cCustomForm {
 public:
-  enum eButton { kOk = 1, kCancel = 2 };
   static constexpr int kWidth = 300, kHeight = 110;
 
   // Shows form (a new cNewFolderNameReqForm when null) modally over parent, prefilled
@@ -21,14 +20,11 @@ public:
                                cNewFolderNameReqForm* form);
 
   cEditChild& edit() { return myEdit; }
-  cToolBarChild& buttons() { return myButtons; }
 
   const char* wantLangResource() override { return "ciom::filechoose"; }
   void onConstruct() override;
   bool onAfterConstruct() override;
   bool onFormAccept() override;
-  bool onFormCancel() override;
-  bool onAction(cChildElement* source, cChildAction* action) override;
 
 protected:
   // Texts by number in the form's section: the title and the banner of the empty box.
@@ -43,6 +39,4 @@ protected:
 private:
   _guardchar<char>* myText = nullptr;
   cEditChild myEdit;
-  cToolBarChild myButtons{cButtonChild::lkPush};
-  cPicturesList myPictures;
 };

@@ -25,8 +25,6 @@ int sizeText(int code) {
 
 } // namespace
 
-cPicturesList cDefFiledForm::myToolImages;
-
 bool cDefFiledForm::defField(cChildElement* parent, sFieldDef& def) {
   if (!parent) return false;
   cDefFiledForm form(def);

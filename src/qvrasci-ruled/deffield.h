@@ -32,7 +32,7 @@ public:
   // Asks over parent; on acceptance (true) def holds the new values. False at once for a
   // null parent; Cancel leaves def as it was.
   static bool defField(cChildElement* parent, sFieldDef& def);
-  explicit cDefFiledForm(sFieldDef& def) : cRuleForm(myToolImages), myDef(def) {}
+  explicit cDefFiledForm(sFieldDef& def) : myDef(def) {}
 
   const char* wantLangResource() override { return "ruled::field"; }
   bool onFormAccept() override;
@@ -43,7 +43,6 @@ protected:
   void fillRows() override;
 
 private:
-  static cPicturesList myToolImages;
   sFieldDef& myDef;
 };
 

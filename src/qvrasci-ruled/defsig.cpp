@@ -25,12 +25,9 @@ enum eText {
 
 } // namespace
 
-cPicturesList cDefSigRuleForm::myToolImages;
-cPicturesList cDefSigOffsetForm::myToolImages;
-
 // --- the content rule ----------------------------------------------------------------------
 
-cDefSigRuleForm::cDefSigRuleForm(sSigRuleDef& def) : cRuleForm(myToolImages), myDef(def) {}
+cDefSigRuleForm::cDefSigRuleForm(sSigRuleDef& def) : myDef(def) {}
 
 bool cDefSigRuleForm::defSigRule(cChildElement* parent, sSigRuleDef& def) {
   if (!parent) return false;

@@ -38,7 +38,6 @@ private:
   // Rows 3 and 4 as the search type asks, keeping what they hold.
   void placeRows(int searchType);
 
-  static cPicturesList myToolImages;
   sSigRuleDef& myDef;
 };
 
@@ -52,7 +51,7 @@ public:
   static constexpr int kWidth = 450, kHeight = 300;
 
   static bool defSigOffset(cChildElement* parent, sSigOffsetdDef& def);
-  explicit cDefSigOffsetForm(sSigOffsetdDef& def) : cRuleForm(myToolImages), myDef(def) {}
+  explicit cDefSigOffsetForm(sSigOffsetdDef& def) : myDef(def) {}
 
   const char* wantLangResource() override { return "ruled::sig"; }
   bool onFormAccept() override;
@@ -63,6 +62,5 @@ protected:
   void fillRows() override;
 
 private:
-  static cPicturesList myToolImages;
   sSigOffsetdDef& myDef;
 };

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kButtonHeightDim = 7, kButtonMinWidth = 75, kMargin = 5;
+constexpr int kMargin = 5;
 
 // Texts of "ruled::sig" that explain a pattern the compiler refused.
 constexpr int txNoCompile = 16, txAtCharacter = 17, txFirstFault = 18;
@@ -36,22 +36,11 @@ bool cRuleForm::run(cRuleForm& form, cChildElement* parent, int width, int heigh
 
 void cRuleForm::onConstruct() {
   cCustomForm::onConstruct();
-  const cCITheme& theme = cCITheme::theme();
   clientArea()->anchor(&myProperties, kMargin, kMargin, -2 * kMargin, -2 * kMargin);
   sheet().showSections(false);
   sheet().setSection(kSection, "");
 
-  if (myPictures.count() == 0) {
-    myPictures.refImage(0, theme.getPict(tiOk));
-    myPictures.refImage(1, theme.getPict(tiCancel));
-  }
-  myButtons.setPictures(&myPictures);
-  myButtons.setTransparent(true);
-  attach(&myButtons, 0, 0, 0, theme.getDimension(kButtonHeightDim, 0));
-  myButtons.addButton(kOk, string(okString()), nullptr, 0, kButtonMinWidth);
-  myButtons.addButton(kCancel, string(cancelString()), nullptr, 1, kButtonMinWidth);
-  if (cButtonChild* ok = myButtons.button(kOk)) ok->setDefault(true);
-  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
+  addDialogButtons(string(okString()), string(cancelString()), true);
 
   sheet().startChanges();
   fillRows();
@@ -61,20 +50,6 @@ void cRuleForm::onConstruct() {
 bool cRuleForm::onAfterConstruct() {
   sheet().focus(kSection, 1);
   return true;
-}
-
-bool cRuleForm::onFormCancel() {
-  end_modal(0);
-  return true;
-}
-
-bool cRuleForm::onAction(cChildElement* source, cChildAction* action) {
-  if (source == &myButtons && action && action->code == cToolBarAction::kCode) {
-    const int id = static_cast<cToolBarAction*>(action)->id;
-    if (id == kOk) return onFormAccept();
-    if (id == kCancel) return onFormCancel();
-  }
-  return cCustomForm::onAction(source, action);
 }
 
 unsigned long long cRuleForm::number(int row) {

@@ -7,28 +7,21 @@
 #include <string>
 
 #include "ciom/customform.h"
-#include "ciom/pictlist.h"
 #include "ciom/propssheetex.h"
-#include "ciom/toolbar.h"
 
 class cRuleForm : public cCustomForm {
 public:
-  enum eButton { kOk = 1, kCancel = 2 };
   static constexpr int kSection = 1;
   static constexpr unsigned long long kMaxOffset = 0x400000; // positions and byte counts
 
   cPropSheetExChild& properties() { return myProperties; }
   cPropSheetChild& sheet() { return myProperties.sheet(); }
-  cToolBarChild& buttons() { return myButtons; }
 
   void onConstruct() override;
   bool onAfterConstruct() override;
-  bool onFormCancel() override;
-  bool onAction(cChildElement* source, cChildAction* action) override;
 
 protected:
-  // pictures: the class's shared list of the two button pictures, filled on first use.
-  explicit cRuleForm(cPicturesList& pictures) : myPictures(pictures) {}
+  cRuleForm() = default;
 
   // Runs form modally over parent with the title text of its section; true for result 1.
   static bool run(cRuleForm& form, cChildElement* parent, int width, int height);
@@ -52,7 +45,5 @@ protected:
   bool patternCompiles(int row);
 
 private:
-  cPicturesList& myPictures;
   cPropSheetExChild myProperties;
-  cToolBarChild myButtons{cButtonChild::lkPush};
 };

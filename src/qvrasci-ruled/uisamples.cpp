@@ -30,7 +30,7 @@ enum eText {
   txNone = 20,
 };
 
-constexpr int kMargin = 8, kStatusHeight = 18, kButtonHeightDim = 7, kButtonMinWidth = 80;
+constexpr int kMargin = 8, kStatusHeight = 18;
 constexpr int kListed = 1001, kResult = 1002, kFinished = 1003; // the job's posted actions
 constexpr int kJobWaitMs = 5000; // a stopped job ends within one sample's block or walk
 constexpr auto kRefill = std::chrono::milliseconds(250); // the rows shown while results come
@@ -122,7 +122,6 @@ const cScanSignature* cSampleTestForm::original(const cScanSignature* copy) cons
 
 void cSampleTestForm::onConstruct() {
   cCustomForm::onConstruct();
-  const cCITheme& theme = cCITheme::theme();
   cPanelChild* panel = clientArea();
   myStatus.setTransparent(true);
   panel->anchor(&myStatus, kMargin, kMargin, ~kMargin, kStatusHeight);
@@ -137,12 +136,7 @@ void cSampleTestForm::onConstruct() {
   myRows.setSortMark(kSample, true);
   panel->anchor(&myRows, kMargin, listY, ~kMargin, ~kMargin);
 
-  myButtons.setTransparent(true);
-  attach(&myButtons, 0, 0, 0, theme.getDimension(kButtonHeightDim, 0));
-  myButtons.addButton(kCancel, string(txCancel), nullptr, -1, kButtonMinWidth);
-  myButtons.addButton(kClose, string(txClose), nullptr, -1, kButtonMinWidth);
-  if (cButtonChild* close = myButtons.button(kClose)) close->setDefault(true);
-  anchorFooterButtons(&myButtons, myButtons.wantedWidth());
+  addDialogButtons(string(txClose), string(txCancel));
   showStatus();
 }
 
@@ -182,9 +176,9 @@ void cSampleTestForm::onFinished() {
   myProgress.setBusy(false);
   if (!myStopped) myProgress.setProgress(1, 1);
   // A disabled Cancel keeps no focus: the rows take it, and Escape still closes.
-  cButtonChild* cancelButton = myButtons.button(kCancel);
+  cButtonChild* cancelButton = dialogButton(kCancel);
   const bool refocus = cancelButton && cancelButton->focused();
-  myButtons.enableButton(kCancel, false);
+  dialogButtons().enableButton(kCancel, false);
   if (refocus) myRows.focus();
   fillRows();
   showStatus();
@@ -305,6 +299,17 @@ bool cSampleTestForm::onFormCancel() {
   return true;
 }
 
+bool cSampleTestForm::onDialogButton(int id) {
+  // Cancel stops the test and keeps the window; Close ends both.
+  if (id == kCancel) {
+    cancel();
+  } else if (id == kClose) {
+    myJob.reset();
+    end_modal(0);
+  }
+  return true;
+}
+
 bool cSampleTestForm::onClose() {
   myJob.reset(); // waits for the job, which stops at once
   return true;
@@ -322,16 +327,6 @@ bool cSampleTestForm::onAction(cChildElement* source, cChildAction* action) {
   }
   if (source == this && code == kFinished) {
     onFinished();
-    return true;
-  }
-  if (source == &myButtons && code == cToolBarAction::kCode) {
-    const int id = static_cast<cToolBarAction*>(action)->id;
-    if (id == kCancel) {
-      cancel();
-    } else if (id == kClose) {
-      myJob.reset();
-      end_modal(0);
-    }
     return true;
   }
   if (source == &myRows && code == cListViewChild::kHeaderClick) {

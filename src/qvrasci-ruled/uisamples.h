@@ -24,7 +24,7 @@ class cSampleJob;
 
 class cSampleTestForm : public cCustomForm {
 public:
-  enum eButton { kCancel = 1, kClose = 2 };
+  enum eButton { kClose = kAcceptButton, kCancel = kCancelButton };
   enum eColumn { kSample = 0, kDefinition = 1, kVerdict = 2, kSize = 3 };
   static constexpr int kWidth = 760, kHeight = 480;
 
@@ -52,13 +52,13 @@ public:
   cListViewChild& rows() { return myRows; }
   cProgressChild& progress() { return myProgress; }
   cStaticChild& status() { return myStatus; }
-  cToolBarChild& buttons() { return myButtons; }
 
   const char* wantLangResource() override { return "ruled::test"; }
   void onConstruct() override;
   bool onAfterConstruct() override;
   bool onFormAccept() override;
   bool onFormCancel() override;
+  bool onDialogButton(int id) override;
   bool onClose() override;
   bool onAction(cChildElement* source, cChildAction* action) override;
 
@@ -89,5 +89,4 @@ private:
   cStaticChild myStatus;
   cProgressChild myProgress;
   cListViewChild myRows;
-  cToolBarChild myButtons{cButtonChild::lkPush};
 };

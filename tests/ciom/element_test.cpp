@@ -280,7 +280,14 @@ TEST_F(ElementTree, HoverEntersAndLeaves) {
   root.processMouseMove(20, 10); // same element: no new enter
   root.processMouseMove(60, 10);
   EXPECT_EQ(target.pointer, mpHand);
+  EXPECT_TRUE(b.hot());
+  EXPECT_FALSE(a.hot());
+  // An element with a hover look is repainted as the pointer leaves it.
+  b.setHoverLook(true);
+  target.repaints.clear();
   root.processMouseMove(200, 200);
+  EXPECT_FALSE(b.hot());
+  EXPECT_EQ(target.repaints, (std::vector<sArea>{{50, 0, 100, 50}}));
   EXPECT_EQ(target.pointer, mpArrow);
   EXPECT_EQ(gLog,
             (std::vector<std::string>{"a:over", "a:move@10,10", "a:move@20,10", "a:left", "b:over",

@@ -121,18 +121,18 @@ TEST_F(Dialogs, EachBoxHasItsCaption) {
 }
 
 TEST_F(Dialogs, ClickingYesOrNoAnswers) {
-  for (const int id : {cMessageForm::kAccept, cMessageForm::kCancel}) {
+  for (const int id : {cMessageForm::kAcceptButton, cMessageForm::kCancelButton}) {
     cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
     ASSERT_TRUE(form.measure(owner.get()));
     const sSize size = cMessageForm::clientSize(form.widest(), form.lineHeight(), 1);
     std::string yes, no;
     cScript s({[&] {
-      yes = form.buttons().button(cMessageForm::kAccept)->text();
-      no = form.buttons().button(cMessageForm::kCancel)->text();
-      clickOn(form.buttons().button(id));
+      yes = form.dialogButtons().button(cMessageForm::kAcceptButton)->text();
+      no = form.dialogButtons().button(cMessageForm::kCancelButton)->text();
+      clickOn(form.dialogButtons().button(id));
     }});
     EXPECT_EQ(form.modal("q", size.width, size.height, owner.get(), false),
-              id == cMessageForm::kAccept ? 1 : 0);
+              id == cMessageForm::kAcceptButton ? 1 : 0);
     EXPECT_EQ(yes, "Yes"); // strings 1 and 2 of the messages section
     EXPECT_EQ(no, "No");
   }
@@ -143,7 +143,7 @@ TEST_F(Dialogs, EnterOnAFocusedNoAnswersNo) {
   ASSERT_TRUE(form.measure(owner.get()));
   bool yesFocused = false;
   cScript s({[&] {
-               yesFocused = form.buttons().button(cMessageForm::kAccept)->hasFocus();
+               yesFocused = form.dialogButtons().button(cMessageForm::kAcceptButton)->hasFocus();
                nsoff::key(kTab);
              },
              [] { nsoff::key(kEnter); }});
@@ -167,7 +167,7 @@ TEST_F(Dialogs, TheBoxIsLaidOutByTheRule) {
   sRect ok{};
   cScript s({[&] {
                shown = nsoff::topWindow();
-               form.buttons().childRect(&ok);
+               form.dialogButtons().childRect(&ok);
              },
              [] { nsoff::key(kEnter); }});
   EXPECT_EQ(form.modal("layout", size.width, size.height, owner.get(), false), 1);

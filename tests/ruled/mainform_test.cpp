@@ -420,14 +420,15 @@ TEST_F(MainForm, CancelStopsTheSampleTestAndAHeaderSortsWhatItFound) {
   ASSERT_TRUE(window.copyDefinitions());
   bool cancelled = false;
   cScript steps({[&] {
-                   clickInTop(&window, window.buttons().button(cSampleTestForm::kCancel), 10, 10);
+                   clickInTop(&window, window.dialogButtons().button(cSampleTestForm::kCancel), 10,
+                              10);
                    cancelled = true;
                  },
                  [&] {
                    const size_t found = window.results().size();
                    EXPECT_LT(found, static_cast<size_t>(kSamples));
                    EXPECT_EQ(window.rows().count(), static_cast<int>(found));
-                   EXPECT_FALSE(window.buttons().button(cSampleTestForm::kCancel)->enabled());
+                   EXPECT_FALSE(window.dialogButtons().button(cSampleTestForm::kCancel)->enabled());
                    EXPECT_EQ(std::string(window.status().text()).rfind("Stopped after ", 0), 0u)
                        << window.status().text();
                    // A click on the sorted column's header reverses the order.
