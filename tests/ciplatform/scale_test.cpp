@@ -4,7 +4,7 @@
 #include <string>
 
 #include "ciom/theme.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "ciom/customform.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "../ciplatform/offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 #include "qvrasci-ruled/about.h"
 #include "qvrasci-ruled/deffield.h"
 #include "qvrasci-ruled/defsig.h"

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-#include "../ciplatform/offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 #include "base/files.h"
 #include "qvrasci-ruled/ui.h"
 #include "qvrasci-ruled/uisamples.h"

@@ -7,7 +7,7 @@
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "ciom/theme.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

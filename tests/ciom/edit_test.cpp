@@ -7,7 +7,7 @@
 #include "ciom/customform.h"
 #include "ciom/edit.h"
 #include "nslib/nswnd.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

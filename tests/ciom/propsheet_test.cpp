@@ -7,7 +7,7 @@
 
 #include "ciom/panel.h"
 #include "ciom/propssheetex.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 
 #include "ciom/filechoose.h"
 #include "ciom/newfolder.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

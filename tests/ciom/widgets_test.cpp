@@ -19,7 +19,7 @@
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
 #include "ciom/vsplit.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "ciom/panel.h"
 #include "ciom/theme.h"
 #include "ciom/treeview.h"
-#include "offscreen_fixture.h"
+#include "../common/offscreen_fixture.h"
 
 namespace {
 
