@@ -13,7 +13,6 @@
 
 #include "ciom/customform.h"
 #include "ciom/edit.h"
-#include "ciom/filechoose.h"
 #include "ciom/treeview.h"
 #include "ciplatform/cairocanvas.h"
 #include "ciplatform/nswmaker.h"
@@ -328,36 +327,6 @@ TEST_F(X11, ATreeIsWalkedWithTheMouseAndTheArrows) {
   EXPECT_EQ(dialog.selected, (std::vector<std::string>{"b", "b1", "b1x", "b1", "a"}));
   EXPECT_FALSE(dialog.a->collapsed);
   EXPECT_TRUE(dialog.b1->collapsed);
-}
-
-TEST_F(X11, AFileIsChosenByTypingItsName) {
-  char pattern[] = "/tmp/qvraci-x11-XXXXXX";
-  ASSERT_NE(mkdtemp(pattern), nullptr);
-  const std::string dir = pattern;
-  std::system(("touch '" + dir + "/first.qrrs' '" + dir + "/second.qrrs'").c_str());
-  cCustomForm owner;
-  std::unique_ptr<cWindowHolder> window(
-      ns().asyncwnd("owner", 400, 300, &owner, nullptr, true, -1, -1));
-  ASSERT_NE(window, nullptr);
-  std::atomic<bool> done = false;
-  std::thread user([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(800));
-    run("xdotool type --delay 60 second.qrrs");
-    run("xdotool key Return");
-    // Should the dialog still be open, Escapes end it (and any box over it); the test then
-    // fails on the result.
-    for (int i = 0; i < 100 && !done; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-      if (i >= 50) run("xdotool key Escape");
-    }
-  });
-  const auto chosen =
-      cFileChooseDialog::open(&owner, "Open rules", {{"Rules", "qrrs", "*.qrrs"}}, dir.c_str());
-  done = true;
-  user.join();
-  EXPECT_EQ(chosen.value_or("none"), dir + "/second.qrrs");
-  window.reset();
-  std::system(("rm -rf '" + dir + "'").c_str());
 }
 
 } // namespace

@@ -69,13 +69,13 @@ TEST(EndOfText, FirstNonTextByteOrUnit) {
 TEST(EndHasHex, BytesWithZerosAreCaseSensitive) {
   const unsigned char seq[] = {'A', 0, 'B'};
   auto rule = made<cScanSigEndRuleHasHex>(seq, 3u, 0u);
-  EXPECT_EQ(rule->typeOf(), 6);
+  EXPECT_EQ(rule->typeOf(), etByteSequence);
   EXPECT_EQ(endsAt(*rule, bytes{'x', 'A', 0, 'B', 'x'}), 1);
   EXPECT_EQ(endsAt(*rule, bytes{'x', 'a', 0, 'B', 'x'}), -1);
   EXPECT_EQ(named(*rule), "File ends in 0 bytes after byte sequence [41 00 42 ] begins.");
   auto copy = rule->clone();
   EXPECT_EQ(named(*copy), named(*rule));
-  EXPECT_EQ(copy->typeOf(), 6);
+  EXPECT_EQ(copy->typeOf(), etByteSequence);
 }
 
 TEST(EndUniHex, PatternBeforeTheEnd) {

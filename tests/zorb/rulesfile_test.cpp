@@ -40,7 +40,7 @@ int load(cCustomSignaturesTree& t, const bytes& file) {
 
 bytes save(cCustomSignaturesTree& t) {
   cMemoryTarget out;
-  EXPECT_EQ(t.save(&out), 0);
+  EXPECT_EQ(t.save(&out), lrOk);
   return out.bytes();
 }
 
@@ -63,7 +63,7 @@ TEST(RulesFile, EmptyTreeIsNineBytes) {
   const bytes file = save(t);
   EXPECT_EQ(file, (cBytes().raw("QVRASI01").u8(0).b));
   cCustomSignaturesTree back;
-  EXPECT_EQ(load(back, file), 0);
+  EXPECT_EQ(load(back, file), lrOk);
   EXPECT_EQ(back.firstSig(), nullptr);
 }
 
@@ -96,7 +96,7 @@ TEST(RulesFile, WritesTheExactLayout) {
   EXPECT_EQ(save(t), f.b);
 
   cCustomSignaturesTree back;
-  ASSERT_EQ(load(back, f.b), 0);
+  ASSERT_EQ(load(back, f.b), lrOk);
   EXPECT_EQ(save(back), f.b);
   EXPECT_FALSE(back.firstSig()->allRules);
   EXPECT_EQ(back.firstSig()->firstChildSig()->hitMode, 1);
@@ -104,11 +104,11 @@ TEST(RulesFile, WritesTheExactLayout) {
 
 TEST(RulesFile, OlderKindsBecomeAdvancedHex) {
   cCustomSignaturesTree t;
-  ASSERT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4).raw("it's").u8(0).b)), 0);
+  ASSERT_EQ(load(t, oneNode(cBytes().u8(2).u8(1).u32(4).raw("it's").u8(0).b)), lrOk);
   EXPECT_EQ(firstContent(t), "Advanced/HEX: +'it\\'s' (scan for)");
 
   cCustomSignaturesTree mask;
-  ASSERT_EQ(load(mask, oneNode(cBytes().u8(6).u8(1).u16(0x1234).u16(0xFFFF).u32(8).u8(0).b)), 0);
+  ASSERT_EQ(load(mask, oneNode(cBytes().u8(6).u8(1).u16(0x1234).u16(0xFFFF).u32(8).u8(0).b)), lrOk);
   EXPECT_EQ(firstContent(mask), "Advanced/HEX: [3412/FFFF] (at 0x8)");
 
   cCustomSignaturesTree exact;
@@ -120,7 +120,7 @@ TEST(RulesFile, OlderKindsBecomeAdvancedHex) {
   cCustomSignaturesTree uni;
   cBytes u;
   u.u8(3).u8(0).u32(3).u16('a').u16('"').u16(0xE9).u8(0);
-  ASSERT_EQ(load(uni, oneNode(u.b)), 0);
+  ASSERT_EQ(load(uni, oneNode(u.b)), lrOk);
   EXPECT_EQ(firstContent(uni), "Advanced/HEX: -\"a\\\"\xC3\xA9\" (scan for)");
 
   cCustomSignaturesTree ends;
@@ -128,13 +128,13 @@ TEST(RulesFile, OlderKindsBecomeAdvancedHex) {
   e.u8(2).u8(0).u32(5).u32(3).raw("eof");
   e.u8(3).u8(1).u32(6).u32(1).u16('Z');
   e.u8(6).u32(2).u32(2).raw("\xFF\xD9").u8(0);
-  ASSERT_EQ(load(ends, oneNode({0}, e.b)), 0);
+  ASSERT_EQ(load(ends, oneNode({0}, e.b)), lrOk);
   const cScanSignature* n = ends.firstSig();
   const cScanSigEndRule* r = n->first_end();
   EXPECT_EQ(named(*r), "Ends in 5 bytes after Adv/HEX: -'eof'");
   EXPECT_EQ(named(*(r = n->next_end(r))), "Ends in 6 bytes after Adv/HEX: +\"Z\"");
   EXPECT_EQ(named(*(r = n->next_end(r))), "Ends in 2 bytes after Adv/HEX: FFD9");
-  for (r = n->first_end(); r; r = n->next_end(r)) EXPECT_EQ(r->typeOf(), 7);
+  for (r = n->first_end(); r; r = n->next_end(r)) EXPECT_EQ(r->typeOf(), etAdvHex);
 }
 
 TEST(RulesFile, OldFormatTwinLoadsTheSameTree) {
@@ -153,8 +153,8 @@ TEST(RulesFile, OldFormatTwinLoadsTheSameTree) {
     return f.b;
   };
   cCustomSignaturesTree current, older;
-  ASSERT_EQ(load(current, build(false)), 0);
-  ASSERT_EQ(load(older, build(true)), 0);
+  ASSERT_EQ(load(current, build(false)), lrOk);
+  ASSERT_EQ(load(older, build(true)), lrOk);
   EXPECT_STREQ(older.firstSig()->name.c_str(), "Ex\xC3\xA9");
   EXPECT_EQ(save(older), build(false)); // saving always writes the current version
   EXPECT_EQ(save(current), build(false));
@@ -201,12 +201,12 @@ TEST(RulesFile, HalfLoadedTreeStays) {
   cBytes f;
   f.raw("QVRASI01").u8(1).u8(2).str01("first").str01("").u8(4).u8(0).u8(0).u8(0);
   f.u8(1).u8(2).str01("second").str01("").u8(5).u8(8); // an unknown type after one rule
-  EXPECT_EQ(load(t, f.b), 4);
+  EXPECT_EQ(load(t, f.b), lrType);
   ASSERT_NE(t.firstSig(), nullptr);
   const cScanSignature* second = t.firstSig()->nextSig();
   ASSERT_NE(second, nullptr);
   EXPECT_STREQ(second->name.c_str(), "second");
-  EXPECT_EQ(second->first_str()->typeOf(), 5);
+  EXPECT_EQ(second->first_str()->typeOf(), rtIsUnicodeText);
 
   cCustomSignaturesTree noSubset; // subset type 3 is no subset
   ASSERT_EQ(load(noSubset, cBytes()
@@ -233,10 +233,10 @@ TEST(RulesFile, NestingIsLimited) {
     return f.b;
   };
   cCustomSignaturesTree deep;
-  EXPECT_EQ(load(deep, nested(cCustomSignaturesTree::kMaxDepth)), 0);
+  EXPECT_EQ(load(deep, nested(cCustomSignaturesTree::kMaxDepth)), lrOk);
   EXPECT_EQ(save(deep), nested(cCustomSignaturesTree::kMaxDepth));
   cCustomSignaturesTree deeper;
-  EXPECT_EQ(load(deeper, nested(cCustomSignaturesTree::kMaxDepth + 1)), 3);
+  EXPECT_EQ(load(deeper, nested(cCustomSignaturesTree::kMaxDepth + 1)), lrValue);
 }
 
 // ---- Round trips ------------------------------------------------------------------------
@@ -330,9 +330,9 @@ TEST(RulesFile, RoundTripsAreStable) {
     randomTree(t, rng, current);
     const bytes first = save(t);
     cCustomSignaturesTree once, twice;
-    ASSERT_EQ(load(once, first), 0) << round;
+    ASSERT_EQ(load(once, first), lrOk) << round;
     const bytes second = save(once);
-    ASSERT_EQ(load(twice, second), 0) << round;
+    ASSERT_EQ(load(twice, second), lrOk) << round;
     EXPECT_EQ(save(twice), second) << round; // stable once older kinds are converted
     if (current) {
       EXPECT_EQ(second, first) << round;

@@ -11,7 +11,7 @@ namespace {
 
 bytes saved(cCustomSignaturesTree& t) {
   cMemoryTarget out;
-  EXPECT_EQ(t.save(&out), 0);
+  EXPECT_EQ(t.save(&out), lrOk);
   return out.bytes();
 }
 
@@ -204,7 +204,7 @@ TEST(RulesText, RandomTreesRoundTripToTheSameBytes) {
     const bytes original = saved(made);
     cCustomSignaturesTree loaded;
     cMemoryTarget in(original.data(), original.size());
-    ASSERT_EQ(loaded.load(&in), 0) << round;
+    ASSERT_EQ(loaded.load(&in), lrOk) << round;
 
     const std::string text = exported(loaded);
     cCustomSignaturesTree built;

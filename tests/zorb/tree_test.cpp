@@ -40,8 +40,8 @@ TEST(Node, DefaultsAndOwnership) {
   EXPECT_EQ(node.next_str(a), b);
   EXPECT_EQ(node.next_str(b), nullptr);
   EXPECT_EQ(node.next_str(nullptr), nullptr);
-  EXPECT_EQ(node.first_typed_str(7), b);
-  EXPECT_EQ(node.first_typed_str(6), nullptr);
+  EXPECT_EQ(node.first_typed_str(rtAdvHex), b);
+  EXPECT_EQ(node.first_typed_str(rtMaskedValue), nullptr);
   EXPECT_EQ(node.getSizeEndRule(), size);
   EXPECT_EQ(node.next_end(node.first_end()), size);
 
