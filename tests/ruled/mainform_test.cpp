@@ -271,6 +271,21 @@ TEST_F(MainForm, ADamagedFileKeepsWhatCouldBeRead) {
   EXPECT_NE(sig("Parent"), nullptr); // a file that cannot be opened changes nothing
 }
 
+TEST_F(MainForm, ADefinitionTextOpensAndSavesAsText) {
+  const std::string path = dir + "/rules.txt";
+  std::ofstream(path) << kRules;
+  ASSERT_TRUE(form->loadFile(path.c_str(), false));
+  EXPECT_EQ(form->tree().count(), 1 + 3);
+  select("Child");
+  cScript rename({[] { retype("Renamed"); }});
+  press(Form::kGeneral, Form::rName);
+  form->saveFile(path.c_str());
+  std::ifstream in(path);
+  const std::string saved{std::istreambuf_iterator<char>(in), {}};
+  EXPECT_NE(saved.find("definition \"Renamed\" ext \"chi\""), std::string::npos) << saved;
+  EXPECT_TRUE(form->document().saved());
+}
+
 TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {
   // New type on the root view, renamed, with a start rule and a size end rule.
   clickOn(form->ruleTools().button(Form::kNewType));
