@@ -41,8 +41,10 @@ bool writeAll(int fd, const unsigned char* p, unsigned long long n) {
 sReplaceResult file_replace(const char* path, const void* data, unsigned long long size) {
   if (!path || !*path) return {rsCreate, ENOENT};
   const std::string target = replacedFile(path);
-  const std::string part = target + ".saving-" + std::to_string(::getpid());
-  const int fd = ::open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0664);
+  // A name of its own beside the target, so that no other file is touched and two saves
+  // never share one.
+  std::string part = target + ".saving-XXXXXX";
+  const int fd = ::mkostemp(part.data(), O_CLOEXEC);
   if (fd < 0) return {rsCreate, errno};
   struct stat old {};
   ::fchmod(fd, ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0664);

@@ -322,6 +322,10 @@ bool cRawScanner::scan(
     const char* path, const std::function<void(const sFoundFile&)>& onFile,
     const std::function<void(unsigned long long, unsigned long long)>& onProgress,
     const std::atomic<bool>& stop, std::string& error) {
+  if (!myReady) {
+    error = "the definitions could not be copied for the scan";
+    return false;
+  }
   cFileIO source;
   if (!source.open(path, fmRead)) {
     error = std::string(path) + ": cannot be opened: " + std::strerror(errno);
