@@ -3,36 +3,18 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "../common/tempdir.h"
 #include "base/clock.h"
 #include "base/files.h"
 #include "base/folders.h"
 
 namespace {
-
-// A fresh temporary folder, removed with its contents at the end of the test.
-class cTempDir {
-public:
-  cTempDir() {
-    char pattern[] = "/tmp/qvraci-test-XXXXXX";
-    myPath = mkdtemp(pattern);
-  }
-  ~cTempDir() {
-    if (std::system(("rm -rf '" + myPath + "'").c_str()) != 0) ADD_FAILURE() << "rm " << myPath;
-  }
-  std::string operator/(const std::string& name) const { return myPath + "/" + name; }
-  const char* c_str() const { return myPath.c_str(); }
-
-private:
-  std::string myPath;
-};
 
 TEST(FileIO, WriteReadSeekTruncate) {
   cTempDir dir;
@@ -92,22 +74,17 @@ TEST(FileIO, CreatedFilesAre0664WhateverTheMask) {
   EXPECT_TRUE(cFileIO::remove((dir / "moved").c_str()));
 }
 
-std::string contents(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // A replaced file keeps its permissions and a link its target; a failed step leaves the old
 // file whole and nothing beside it.
 TEST(FileIO, ReplaceWritesAWholeFileOrNone) {
   cTempDir dir;
   const std::string target = dir / "rules", link = dir / "link";
   ASSERT_TRUE(file_replace(target.c_str(), "first", 5).ok());
-  EXPECT_EQ(contents(target), "first");
+  EXPECT_EQ(readFile(target), "first");
   ASSERT_EQ(chmod(target.c_str(), 0600), 0);
   ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
   ASSERT_TRUE(file_replace(link.c_str(), "second", 6).ok());
-  EXPECT_EQ(contents(target), "second");
+  EXPECT_EQ(readFile(target), "second");
   struct stat st;
   ASSERT_EQ(lstat(link.c_str(), &st), 0);
   EXPECT_TRUE(S_ISLNK(st.st_mode));

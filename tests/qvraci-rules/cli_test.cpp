@@ -3,16 +3,15 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
-#include "base/memtarget.h"
-#include "zorb/customsig.h"
+#include "../common/tempdir.h"
+#include "zorb/csigtext.h"
+#include "zorb/rulesfile.h"
 
 namespace {
 
@@ -38,48 +37,28 @@ sRun run(const std::string& args, bool quiet = false) {
 class cCliTest : public testing::Test {
 protected:
   void SetUp() override {
-    char pattern[] = "/tmp/qvraci-cli-XXXXXX";
-    dir = mkdtemp(pattern);
     cCustomSignaturesTree t;
-    cScanSignature* jpg = t.add(nullptr, std::make_unique<cScanSignature>());
-    jpg->create("JPEG image", "jpg");
-    auto start = std::make_unique<cScanSigRuleUniHexMatch>();
-    start->create("FF D8 FF", 0, 0);
-    jpg->addStrRule(std::move(start));
-    auto end = std::make_unique<cScanSigEndRuleUniHex>();
-    end->create("FF D9", 2);
-    jpg->addEndRule(std::move(end));
-    cScanSignature* group = t.add(nullptr, std::make_unique<cScanSignature>());
-    group->create("Texts", "");
-    group->hitMode = 0;
-    cScanSignature* txt = t.add(group, std::make_unique<cScanSignature>());
-    txt->create("Plain text", "txt");
-    txt->hitMode = 1;
-    txt->addStrRule(std::make_unique<cScanSigRuleIsStr>());
-    rules = dir + "/rules.qrrs";
-    write(rules, save(t));
+    sRulesTextError error;
+    ASSERT_TRUE(rulesFromText("qvraci-rules text 1\n"
+                              "definition \"JPEG image\" ext \"jpg\" {\n"
+                              "  start at 0: FF D8 FF\n"
+                              "  end after 2: FF D9\n"
+                              "}\n"
+                              "definition \"Texts\" mode never {\n"
+                              "  definition \"Plain text\" ext \"txt\" mode passive {\n"
+                              "    start ascii-text\n"
+                              "  }\n"
+                              "}\n",
+                              t, error));
+    ASSERT_TRUE(saveRulesFile(rules.c_str(), t, rfBinary).ok());
     std::string image(8192, '\x01');
     image.replace(1024, 4, "\xFF\xD8\xFF\xE0");
     image.replace(1024 + 600, 2, "\xFF\xD9");
-    sample = dir + "/image.bin";
-    write(sample, image);
-  }
-  void TearDown() override { EXPECT_EQ(std::system(("rm -rf " + dir).c_str()), 0); }
-
-  static std::string save(cCustomSignaturesTree& t) {
-    cMemoryTarget out;
-    t.save(&out);
-    return std::string(out.bytes().begin(), out.bytes().end());
-  }
-  static void write(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-  }
-  static std::string read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+    writeFile(sample, image);
   }
 
-  std::string dir, rules, sample;
+  cTempDir dir;
+  const std::string rules = dir / "rules.qrrs", sample = dir / "image.bin";
 };
 
 TEST_F(cCliTest, ShowAndCheck) {
@@ -94,10 +73,10 @@ TEST_F(cCliTest, ShowAndCheck) {
   EXPECT_NE(shown.out.find("Rules: 2 (active 1, passive 1, containers 1)"), std::string::npos);
 
   // Either form is checked; each failure names the file, the form and the reason.
-  write(dir + "/cut.qrrs", read(rules).substr(0, 20));
-  write(dir + "/text.txt", "# made by hand\n\nqvraci-rules text 1\ndefinition \"x\" {\n}\n");
+  writeFile(dir / "cut.qrrs", readFile(rules).substr(0, 20));
+  writeFile(dir / "text.txt", "# made by hand\n\nqvraci-rules text 1\ndefinition \"x\" {\n}\n");
   const sRun checked =
-      run("check " + rules + " " + dir + "/cut.qrrs " + sample + " " + dir + "/text.txt");
+      run("check " + rules + " " + dir / "cut.qrrs " + sample + " " + dir / "text.txt");
   EXPECT_EQ(checked.status, 1);
   EXPECT_NE(checked.out.find("rules.qrrs: ok, 3 definitions (rules file)"), std::string::npos)
       << checked.out;
@@ -111,9 +90,9 @@ TEST_F(cCliTest, ShowAndCheck) {
 }
 
 TEST_F(cCliTest, ConvertWritesTheFormAskedForAndNeverOverwrites) {
-  const std::string out = dir + "/out.qrrs", text = dir + "/out.txt";
+  const std::string out = dir / "out.qrrs", text = dir / "out.txt";
   EXPECT_EQ(run("convert " + rules + " " + out).status, 0);
-  EXPECT_EQ(read(out), read(rules));
+  EXPECT_EQ(readFile(out), readFile(rules));
   const sRun again = run("convert " + rules + " " + out);
   EXPECT_EQ(again.status, 1);
   EXPECT_NE(again.out.find("exists (use --force)"), std::string::npos);
@@ -124,7 +103,7 @@ TEST_F(cCliTest, ConvertWritesTheFormAskedForAndNeverOverwrites) {
   ASSERT_EQ(stat(out.c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0640u);
   EXPECT_EQ(run("convert " + out + " " + text).status, 0);
-  EXPECT_EQ(read(text), run("export " + rules).out);
+  EXPECT_EQ(readFile(text), run("export " + rules).out);
 }
 
 TEST_F(cCliTest, ExportAndBuildRoundTrip) {
@@ -140,17 +119,17 @@ TEST_F(cCliTest, ExportAndBuildRoundTrip) {
                       "    start ascii-text\n"
                       "  }\n"
                       "}\n");
-  const std::string source = dir + "/rules.txt", built = dir + "/built.qrrs";
-  write(source, text.out);
+  const std::string source = dir / "rules.txt", built = dir / "built.qrrs";
+  writeFile(source, text.out);
   EXPECT_EQ(run("build " + source + " " + built).status, 0);
-  EXPECT_EQ(read(built), read(rules));
+  EXPECT_EQ(readFile(built), readFile(rules));
   const sRun again = run("build " + source + " " + built);
   EXPECT_EQ(again.status, 1);
   EXPECT_NE(again.out.find("exists (use --force)"), std::string::npos);
 
   // A bad line names itself, and nothing is written.
-  write(source, "qvraci-rules text 1\ndefinition \"x\" {\n  start at 0: 4D 5Z\n}\n");
-  const std::string bad = dir + "/bad.qrrs";
+  writeFile(source, "qvraci-rules text 1\ndefinition \"x\" {\n  start at 0: 4D 5Z\n}\n");
+  const std::string bad = dir / "bad.qrrs";
   const sRun refused = run("build " + source + " " + bad);
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(refused.out, "qvraci-rules: " + source +
@@ -169,16 +148,16 @@ TEST_F(cCliTest, MatchSaysWhy) {
 }
 
 TEST_F(cCliTest, IdentifySaysWhyAndFailsOnAnyBadSample) {
-  const std::string samples = dir + "/samples", jpg = samples + "/a.jpg";
+  const std::string samples = dir / "samples", jpg = samples + "/a.jpg";
   ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
   EXPECT_EQ(run("identify " + rules + " " + samples).out, "qvraci-rules: no sample files there\n");
-  write(jpg, read(sample).substr(1024, 602));
+  writeFile(jpg, readFile(sample).substr(1024, 602));
   const sRun good = run("identify " + rules + " " + samples + " --why", true);
   EXPECT_EQ(good.status, 0);
   EXPECT_EQ(good.out, jpg + ": exact, JPEG image [jpg], end rule\n"
                             "  start: JPEG image: Advanced/HEX: FF D8 FF (at 0x0)\n"
                             "  end: end rule: Ends in 2 bytes after Adv/HEX: FF D9\n");
-  write(samples + "/b.jpg", read(sample).substr(1024, 700));
+  writeFile(samples + "/b.jpg", readFile(sample).substr(1024, 700));
   const sRun bad = run("identify " + rules + " " + samples + " --report csv");
   EXPECT_EQ(bad.status, 1);
   EXPECT_NE(bad.out.find("\"" + samples +
@@ -202,13 +181,13 @@ TEST_F(cCliTest, ScanReportsAndCarves) {
   // Files start on block boundaries: with 4096-byte blocks the one at 1024 is not seen.
   EXPECT_EQ(run("scan " + rules + " " + sample + " --report json --block 4096", true).out,
             "[\n]\n");
-  const std::string carved = dir + "/carved"; // made by the scan
+  const std::string carved = dir / "carved"; // made by the scan
   const sRun carving = run("scan " + rules + " " + sample + " --carve " + carved);
   EXPECT_EQ(carving.status, 0);
   // The summary, on standard error: files per extension and per way of ending.
   EXPECT_NE(carving.out.find("qvraci-rules: 1 files in "), std::string::npos) << carving.out;
   EXPECT_NE(carving.out.find("  jpg           1  end rule 1\n"), std::string::npos) << carving.out;
-  EXPECT_EQ(read(carved + "/000000000400.jpg"), read(sample).substr(1024, 602));
+  EXPECT_EQ(readFile(carved + "/000000000400.jpg"), readFile(sample).substr(1024, 602));
   const sRun twice = run("scan " + rules + " " + sample + " --carve " + carved);
   EXPECT_EQ(twice.status, 1);
   EXPECT_NE(twice.out.find("exists (use --force)"), std::string::npos);
@@ -246,8 +225,8 @@ TEST_F(cCliTest, WhatAFirstTimeUserTries) {
   // Sizes with units; a definition text where a rules file is expected; standard input.
   EXPECT_EQ(run("scan " + rules + " " + sample + " --report csv --max-size 64M", true).out,
             expected);
-  const std::string text = dir + "/rules.txt";
-  write(text, run("export " + rules, true).out);
+  const std::string text = dir / "rules.txt";
+  writeFile(text, run("export " + rules, true).out);
   EXPECT_EQ(run("scan " + text + " " + sample + " --report csv", true).out, expected);
   EXPECT_EQ(run("scan " + rules + " - --report csv < " + sample, true).out, expected);
   const sRun piped =

@@ -2,14 +2,10 @@
 // the tree and on the saved flag.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include "../common/tempdir.h"
 #include "qvrasci-ruled/document.h"
 #include "zorb/csigtext.h"
 
@@ -27,21 +23,7 @@ definition "Box" ext "" mode never {
 
 class Document : public ::testing::Test {
 protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/qvraci-doc-XXXXXX";
-    ASSERT_TRUE(mkdtemp(pattern));
-    dir = pattern;
-    write(dir + "/rules.txt", kRules);
-  }
-  void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
-
-  static void write(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-  }
-  static std::string read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
+  void SetUp() override { writeFile(dir / "rules.txt", kRules); }
   static std::string textOf(const cCustomSignaturesTree& tree) {
     std::string text, error;
     EXPECT_TRUE(rulesToText(tree, text, error)) << error;
@@ -55,51 +37,51 @@ protected:
     return nullptr;
   }
 
-  std::string dir;
+  cTempDir dir;
   cRulesDocument doc;
 };
 
 TEST_F(Document, OpensEitherFormAndSavesTheFormItCameIn) {
   int told = 0;
   doc.setListener([&] { ++told; });
-  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
   EXPECT_EQ(doc.form(), rfText);
-  EXPECT_EQ(doc.path(), dir + "/rules.txt");
+  EXPECT_EQ(doc.path(), dir / "rules.txt");
   EXPECT_TRUE(doc.saved());
   EXPECT_EQ(told, 1); // the path
   EXPECT_EQ(doc.count(cScanSignature::hmNever), 1);
   EXPECT_EQ(doc.count(cScanSignature::hmActive), 1);
 
   // Saved under another name the set keeps its form; a .txt name always asks for text.
-  ASSERT_TRUE(doc.save((dir + "/copy.qrrs").c_str()).ok());
-  EXPECT_EQ(read(dir + "/copy.qrrs"), kRules);
-  EXPECT_EQ(doc.path(), dir + "/copy.qrrs");
+  ASSERT_TRUE(doc.save((dir / "copy.qrrs").c_str()).ok());
+  EXPECT_EQ(readFile(dir / "copy.qrrs"), kRules);
+  EXPECT_EQ(doc.path(), dir / "copy.qrrs");
 
   cRulesDocument binary;
   cCustomSignaturesTree tree;
   sRulesTextError error;
   ASSERT_TRUE(rulesFromText(kRules, tree, error));
-  ASSERT_TRUE(saveRulesFile((dir + "/rules.qrrs").c_str(), tree, rfBinary).ok());
-  ASSERT_TRUE(binary.open((dir + "/rules.qrrs").c_str()).ok());
+  ASSERT_TRUE(saveRulesFile((dir / "rules.qrrs").c_str(), tree, rfBinary).ok());
+  ASSERT_TRUE(binary.open((dir / "rules.qrrs").c_str()).ok());
   EXPECT_EQ(binary.form(), rfBinary);
-  ASSERT_TRUE(binary.save((dir + "/again.qrrs").c_str()).ok());
-  EXPECT_EQ(read(dir + "/again.qrrs"), read(dir + "/rules.qrrs"));
-  ASSERT_TRUE(binary.save((dir + "/again.txt").c_str()).ok());
-  EXPECT_EQ(read(dir + "/again.txt"), kRules);
+  ASSERT_TRUE(binary.save((dir / "again.qrrs").c_str()).ok());
+  EXPECT_EQ(readFile(dir / "again.qrrs"), readFile(dir / "rules.qrrs"));
+  ASSERT_TRUE(binary.save((dir / "again.txt").c_str()).ok());
+  EXPECT_EQ(readFile(dir / "again.txt"), kRules);
   EXPECT_EQ(binary.form(), rfText);
 }
 
 TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
-  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
   doc.rename(find("Parent"), "Edited");
 
   // Not there: nothing changes.
-  EXPECT_EQ(doc.open((dir + "/missing.qrrs").c_str()).outcome, sRulesFileResult::roCannotOpen);
+  EXPECT_EQ(doc.open((dir / "missing.qrrs").c_str()).outcome, sRulesFileResult::roCannotOpen);
   EXPECT_TRUE(find("Edited"));
   EXPECT_FALSE(doc.saved());
 
   // A folder that does not exist: nothing written, still unsaved.
-  const sRulesFileResult created = doc.save((dir + "/none/x.qrrs").c_str());
+  const sRulesFileResult created = doc.save((dir / "none/x.qrrs").c_str());
   EXPECT_EQ(created.outcome, sRulesFileResult::roCannotCreate);
   EXPECT_NE(created.message.find("cannot be created: No such file or directory"), std::string::npos)
       << created.message;
@@ -107,23 +89,23 @@ TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
 
   // Damaged: what was read stays, under the file's name.
   const std::string rules = kRules;
-  write(dir + "/cut.txt", rules.substr(0, rules.find("  definition")));
-  const sRulesFileResult cut = doc.open((dir + "/cut.txt").c_str());
+  writeFile(dir / "cut.txt", rules.substr(0, rules.find("  definition")));
+  const sRulesFileResult cut = doc.open((dir / "cut.txt").c_str());
   EXPECT_EQ(cut.outcome, sRulesFileResult::roDamaged);
   EXPECT_NE(cut.message.find("cut.txt: definition text, line 2: definition \"Box\" is not closed"),
             std::string::npos)
       << cut.message;
   EXPECT_TRUE(find("Box"));
   EXPECT_FALSE(find("Edited"));
-  EXPECT_EQ(doc.path(), dir + "/cut.txt");
+  EXPECT_EQ(doc.path(), dir / "cut.txt");
   EXPECT_TRUE(doc.saved());
 }
 
 TEST_F(Document, AMergeKeepsTheSetSavedOnlyWhenItWasEmpty) {
-  ASSERT_TRUE(doc.merge((dir + "/rules.txt").c_str()).ok());
+  ASSERT_TRUE(doc.merge((dir / "rules.txt").c_str()).ok());
   EXPECT_TRUE(doc.saved());
   EXPECT_TRUE(doc.path().empty());
-  ASSERT_TRUE(doc.merge((dir + "/rules.txt").c_str()).ok());
+  ASSERT_TRUE(doc.merge((dir / "rules.txt").c_str()).ok());
   EXPECT_FALSE(doc.saved());
   EXPECT_EQ(doc.tree().count(), 4);
   doc.clear();
@@ -198,7 +180,7 @@ TEST_F(Document, EditsAndTheSavedFlag) {
        [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_str()), true; }, false},
   };
   for (const sCase& c : cases) {
-    doc.open((dir + "/rules.txt").c_str());
+    doc.open((dir / "rules.txt").c_str());
     const std::string before = textOf(doc.tree());
     const bool changed = c.edit(doc, find("Box"), find("Parent"));
     EXPECT_EQ(!doc.saved(), c.changes) << c.what;
@@ -209,7 +191,7 @@ TEST_F(Document, EditsAndTheSavedFlag) {
 }
 
 TEST_F(Document, TheExtensionAndTheTextRulesFollowTheirRules) {
-  ASSERT_TRUE(doc.open((dir + "/rules.txt").c_str()).ok());
+  ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
   cScanSignature* p = find("Parent");
   const std::pair<const char*, const char*> kExtensions[] = {
       {"a/b", "a"}, {"*?", "@~"}, {"x:y|z\\\"", "x_y_z-'"}};

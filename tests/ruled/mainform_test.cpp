@@ -8,10 +8,12 @@
 #include <string>
 
 #include "../common/offscreen_fixture.h"
+#include "../common/tempdir.h"
 #include "base/files.h"
 #include "qvrasci-ruled/ui.h"
 #include "qvrasci-ruled/uisamples.h"
 #include "zorb/csigtext.h"
+#include "zorb/rulesfile.h"
 
 namespace {
 
@@ -45,9 +47,6 @@ class MainForm : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
-    char pattern[] = "/tmp/qvraci-main-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir = pattern;
     form = std::make_unique<Form>();
     holder.reset(ns().asyncwnd("editor", 800, 600, form.get(), nullptr, true, 0, 0));
     ASSERT_NE(holder, nullptr);
@@ -56,7 +55,6 @@ protected:
   void TearDown() override {
     holder.reset();
     form.reset();
-    std::system(("rm -rf '" + dir + "'").c_str());
     cOffscreenTest::TearDown();
   }
 
@@ -65,10 +63,8 @@ protected:
     cCustomSignaturesTree tree;
     sRulesTextError error;
     EXPECT_TRUE(rulesFromText(text, tree, error)) << error.message;
-    const std::string path = dir + "/" + name;
-    cFileIO file;
-    EXPECT_TRUE(file.create(path.c_str(), fmWrite));
-    EXPECT_EQ(tree.save(&file), lrOk);
+    const std::string path = dir / name;
+    EXPECT_TRUE(saveRulesFile(path.c_str(), tree, rfBinary).ok());
     return path;
   }
   void open(const char* text = kRules) {
@@ -108,7 +104,7 @@ protected:
   }
   bool removable() { return form->ruleTools().button(Form::kRemove)->enabled(); }
 
-  std::string dir;
+  cTempDir dir;
   std::unique_ptr<Form> form;
   std::unique_ptr<cWindowHolder> holder;
 };
@@ -252,11 +248,9 @@ TEST_F(MainForm, SavingNothingDoesNothingAndMergingIntoNothingStaysSaved) {
 }
 
 TEST_F(MainForm, ADamagedFileKeepsWhatCouldBeRead) {
-  const std::string path = rulesFile("whole.qrrs", kRules);
-  std::ifstream in(path, std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(in), {}};
-  const std::string cut = dir + "/cut.qrrs";
-  std::ofstream(cut, std::ios::binary) << bytes.substr(0, bytes.size() - 10);
+  const std::string bytes = readFile(rulesFile("whole.qrrs", kRules));
+  const std::string cut = dir / "cut.qrrs";
+  writeFile(cut, bytes.substr(0, bytes.size() - 10));
   std::vector<std::string> captions;
   cScript error({[&] {
     captions.push_back(nsoff::topWindow().caption);
@@ -267,21 +261,20 @@ TEST_F(MainForm, ADamagedFileKeepsWhatCouldBeRead) {
   EXPECT_NE(sig("Parent"), nullptr);
   EXPECT_EQ(form->tree().count(), 1 + form->document().tree().count()); // all of it shown
   cScript missing({[] { nsoff::key(kEnter); }});
-  EXPECT_FALSE(form->loadFile((dir + "/none.qrrs").c_str(), false));
+  EXPECT_FALSE(form->loadFile((dir / "none.qrrs").c_str(), false));
   EXPECT_NE(sig("Parent"), nullptr); // a file that cannot be opened changes nothing
 }
 
 TEST_F(MainForm, ADefinitionTextOpensAndSavesAsText) {
-  const std::string path = dir + "/rules.txt";
-  std::ofstream(path) << kRules;
+  const std::string path = dir / "rules.txt";
+  writeFile(path, kRules);
   ASSERT_TRUE(form->loadFile(path.c_str(), false));
   EXPECT_EQ(form->tree().count(), 1 + 3);
   select("Child");
   cScript rename({[] { retype("Renamed"); }});
   press(Form::kGeneral, Form::rName);
   form->saveFile(path.c_str());
-  std::ifstream in(path);
-  const std::string saved{std::istreambuf_iterator<char>(in), {}};
+  const std::string saved = readFile(path);
   EXPECT_NE(saved.find("definition \"Renamed\" ext \"chi\""), std::string::npos) << saved;
   EXPECT_TRUE(form->document().saved());
 }
@@ -316,14 +309,14 @@ TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {
   const std::string before = textOf(form->document().tree());
 
   // Saved through the dialog under a new name, over nothing; then again over itself.
-  const std::string path = dir + "/saved.qrrs";
+  const std::string path = dir / "saved.qrrs";
   cScript save({[&] { retype(path.c_str()); }});
   nsoff::key('S', {.ctrl = true});
   nsoff::runUntilIdle();
   EXPECT_EQ(save.done(), 1u);
   EXPECT_TRUE(form->document().saved());
   EXPECT_EQ(form->document().path(), path);
-  EXPECT_EQ(form->lastFolder(), dir);
+  EXPECT_EQ(form->lastFolder(), dir.path());
 
   Form reloaded;
   cCustomSignaturesTree& tree = reloaded.document().tree();
@@ -376,11 +369,11 @@ std::string parentSample(unsigned int size, const std::string& tail) {
 
 TEST_F(MainForm, TheTestButtonChecksTheDefinitionsAsTheyStandOnAFolderOfSamples) {
   open();
-  const std::string samples = dir + "/samples";
+  const std::string samples = dir / "samples";
   ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
-  std::ofstream(samples + "/a.par", std::ios::binary) << parentSample(12, "xxxxxx");
-  std::ofstream(samples + "/b.chi", std::ios::binary) << parentSample(100, "CHxxZZ");
-  std::ofstream(samples + "/c.bin", std::ios::binary) << "nothing known";
+  writeFile(samples + "/a.par", parentSample(12, "xxxxxx"));
+  writeFile(samples + "/b.chi", parentSample(100, "CHxxZZ"));
+  writeFile(samples + "/c.bin", "nothing known");
   // Child goes, unsaved: its sample is then the Parent's, whose size field runs long.
   select("Child");
   cScript yes({[] { nsoff::key(kEnter); }});
@@ -427,13 +420,13 @@ TEST_F(MainForm, TheTestButtonChecksTheDefinitionsAsTheyStandOnAFolderOfSamples)
 
 TEST_F(MainForm, CancelStopsTheSampleTestAndAHeaderSortsWhatItFound) {
   open();
-  const std::string samples = dir + "/many";
+  const std::string samples = dir / "many";
   ASSERT_EQ(mkdir(samples.c_str(), 0777), 0);
   // Samples whose size field runs past them are read to their ends: 4 MiB each, sparse.
   constexpr int kSamples = 200;
   for (int i = 0; i < kSamples; ++i) {
     const std::string path = samples + "/" + std::to_string(1000 + i) + ".par";
-    std::ofstream(path, std::ios::binary) << parentSample(0xFFFFFFF0u, "xx");
+    writeFile(path, parentSample(0xFFFFFFF0u, "xx"));
     ASSERT_EQ(truncate(path.c_str(), 4 << 20), 0);
   }
   cSampleTestForm window(form.get(), samples);

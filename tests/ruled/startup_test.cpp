@@ -4,19 +4,14 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <iterator>
 #include <string>
 
+#include "../common/tempdir.h"
 #include "qvrasci-ruled/config.h"
 #include "qvrasci-ruled/mainci.h"
 
 namespace {
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 TEST(Startup, TheProgramFolderComesFromArgvZero) {
   const struct {
@@ -37,24 +32,18 @@ class Config : public ::testing::Test {
 protected:
   void SetUp() override {
     if (const char* h = std::getenv("HOME")) home = h;
-    char pattern[] = "/tmp/qvraci-home-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir = pattern;
     setenv("HOME", dir.c_str(), 1);
-    file = dir + "/.qvraci-ruled/.qvraci-ruled.hbin";
   }
-  void TearDown() override {
-    home ? setenv("HOME", home->c_str(), 1) : unsetenv("HOME");
-    std::system(("rm -rf '" + dir + "'").c_str());
-  }
-  std::string dir, file;
+  void TearDown() override { home ? setenv("HOME", home->c_str(), 1) : unsetenv("HOME"); }
+  cTempDir dir;
+  const std::string file = dir / ".qvraci-ruled/.qvraci-ruled.hbin";
   std::optional<std::string> home;
 };
 
 TEST_F(Config, TheFirstStartWritesTheIdentityAndLaterOnesNothing) {
   EXPECT_EQ(configFileName(), file);
   ASSERT_TRUE(initConfig());
-  const std::string written = bytesOf(file);
+  const std::string written = readFile(file);
   EXPECT_EQ(written.substr(0, 4), "QVCF");
   EXPECT_STREQ(static_cast<const char*>(gAppConf.tag(ctBuild)), "0");
   EXPECT_STREQ(static_cast<const char*>(gAppConf.tag(ctTitle)), "Zorbex rules editor");
@@ -67,7 +56,7 @@ TEST_F(Config, TheFirstStartWritesTheIdentityAndLaterOnesNothing) {
   ASSERT_EQ(stat(file.c_str(), &before), 0);
   ASSERT_TRUE(initConfig());
   ASSERT_EQ(stat(file.c_str(), &after), 0);
-  EXPECT_EQ(bytesOf(file), written);
+  EXPECT_EQ(readFile(file), written);
   EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
   EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
 }
@@ -88,9 +77,9 @@ TEST_F(Config, TheLanguageIsEnglishUnlessTagSixteenSaysOtherwise) {
 
 TEST_F(Config, WithoutAConfigurationFolderTheFileLiesInTheProgramPath) {
   // A home folder that cannot hold the configuration folder: a file stands in its way.
-  std::ofstream(dir + "/.qvraci-ruled") << "x";
-  setAppPath((dir + "/program").c_str());
-  EXPECT_EQ(configFileName(), dir + "/program/.qvraci-ruled.hbin");
+  writeFile(dir / ".qvraci-ruled", "x");
+  setAppPath((dir / "program").c_str());
+  EXPECT_EQ(configFileName(), dir / "program/.qvraci-ruled.hbin");
 }
 
 } // namespace
