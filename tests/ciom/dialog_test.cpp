@@ -4,10 +4,10 @@
 
 #include <functional>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/messageform.h"
 #include "ciom/popup.h"
 #include "ciom/theme.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

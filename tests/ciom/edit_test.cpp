@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/customform.h"
 #include "ciom/edit.h"
 #include "nslib/nswnd.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

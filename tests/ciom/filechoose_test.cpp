@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/filechoose.h"
 #include "ciom/newfolder.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

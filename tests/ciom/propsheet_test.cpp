@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/panel.h"
 #include "ciom/propssheetex.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/edit.h"
 #include "ciom/panel.h"
 #include "ciom/theme.h"
 #include "ciom/treeview.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

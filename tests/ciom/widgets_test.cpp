@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "../common/offscreen_fixture.h"
 #include "ciom/combo.h"
 #include "ciom/customform.h"
 #include "ciom/hint.h"
@@ -19,7 +20,6 @@
 #include "ciom/theme.h"
 #include "ciom/toolbar.h"
 #include "ciom/vsplit.h"
-#include "../common/offscreen_fixture.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "ciom/theme.h"
 #include "../common/offscreen_fixture.h"
+#include "ciom/theme.h"
 
 namespace {
 

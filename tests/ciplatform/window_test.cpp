@@ -4,8 +4,8 @@
 
 #include <thread>
 
-#include "ciom/customform.h"
 #include "../common/offscreen_fixture.h"
+#include "ciom/customform.h"
 
 namespace {
 
