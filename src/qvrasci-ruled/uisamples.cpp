@@ -72,7 +72,7 @@ protected:
     cIdentifier identifier(myTree, 512, sScanOptions{}.maxSize);
     for (const std::string& path : samples) {
       if (myCancel) break;
-      sIdentified result = identifier.identify(path, myCancel);
+      sIdentified result = myForm.identifySample(identifier, path, myCancel);
       if (result.verdict == eVerdict::stopped) break;
       myForm.postAction(new cResultAction(std::move(result)));
     }

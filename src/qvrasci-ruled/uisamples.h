@@ -62,6 +62,14 @@ public:
   bool onClose() override;
   bool onAction(cChildElement* source, cChildAction* action) override;
 
+protected:
+  // One sample, on the job's thread. A form that stands in for it must let the job go
+  // (onClose) before it is destroyed itself.
+  virtual sIdentified identifySample(cIdentifier& identifier, const std::string& path,
+                                     const std::atomic<bool>& stop) {
+    return identifier.identify(path, stop);
+  }
+
 private:
   friend class cSampleJob;
   void onListed(size_t total);
