@@ -140,7 +140,6 @@ void cRuledMainForm::onTool(int id) {
   switch (id) {
   case kNew:
     if (!mayDiscard()) return;
-    myTree.remove_under(myTree.root()); // the view lets go before the definitions go
     myDoc.clear();
     redrawRules();
     return;

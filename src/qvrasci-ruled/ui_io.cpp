@@ -32,15 +32,10 @@ void cRuledMainForm::loadSigs(bool merge) {
 }
 
 bool cRuledMainForm::loadFile(const char* path, bool merge) {
-  // A file that cannot be opened leaves the view as it is.
-  if (cFileIO probe; !path || !probe.open(path, fmRead)) {
-    cMessageForm::errorbox(this, string(txCannotOpen), nullptr);
-    return false;
-  }
-  if (!merge) myTree.remove_under(myTree.root()); // the view lets go before a replacing load
+  // A file that cannot be opened changes nothing, and the view stays as it is; otherwise
+  // the view is built anew from what the document now holds.
   const sRulesFileResult result = merge ? myDoc.merge(path) : myDoc.open(path);
   if (result.outcome == sRulesFileResult::roCannotOpen) {
-    redrawRules();
     cMessageForm::errorbox(this, string(txCannotOpen), nullptr);
     return false;
   }

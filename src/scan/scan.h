@@ -74,9 +74,8 @@ public:
   // reports and not change while the scanner lives, and scanners on one tree may run on
   // several threads at once.
   cRawScanner(const cCustomSignaturesTree& tree, const sScanOptions& options);
-  // False when the tree could not be copied (a rule whose pattern no longer compiles):
-  // scan() then says so, and a scan in memory finds nothing.
-  bool ready() const { return myReady; }
+  // When the tree cannot be copied (a rule whose pattern no longer compiles), scan() says
+  // so and a scan in memory finds nothing.
 
   // Scans the readable file at path (a regular file or a block device). Calls onFile for
   // every file found, in order, and onProgress now and then with the bytes done. Stops
