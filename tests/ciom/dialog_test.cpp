@@ -21,19 +21,12 @@ public:
   bool onFormCancel() override { return ++cancelled; }
 };
 
-void clickOn(cChildElement* e) {
-  const sPoint at = centreOf(e);
-  nsoff::click(at.x, at.y);
-}
-
 class Dialogs : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
     owner = std::make_unique<cOwnerForm>();
-    holder.reset(ns().asyncwnd("owner", 600, 400, owner.get(), nullptr, true, -1, -1));
-    ASSERT_NE(holder, nullptr);
-    nsoff::runUntilIdle();
+    holder = open(owner.get(), 600, 400, -1, -1);
   }
   void TearDown() override {
     nsoff::setIdleHook(nullptr);
@@ -62,31 +55,57 @@ TEST_F(Dialogs, NothingIsShownWithoutParentOrText) {
   EXPECT_EQ(nsoff::windows().size(), 1u);
 }
 
-TEST_F(Dialogs, ConfirmBoxesAnswerEnterEscapeAndClose) {
-  std::string caption;
-  {
-    cScript s({[&] { caption = nsoff::topWindow().caption; }, [] { nsoff::key(kEnter); }});
-    EXPECT_TRUE(cMessageForm::confirmbox(owner.get(), "Delete it?", nullptr));
+// Each box: its caption, modal over the form, and the answer each way of closing it gives.
+TEST_F(Dialogs, EachBoxHasItsCaptionAndAnswersEnterEscapeAndClose) {
+  cChildElement* o = owner.get();
+  const auto enter = [] { nsoff::key(kEnter); };
+  const auto escape = [] { nsoff::key(kEscape); };
+  const auto info = [o](void (*box)(cChildElement*, const char*, const char*)) {
+    return std::function<bool()>([o, box] { return box(o, "Line one\nLine two", nullptr), true; });
+  };
+  const struct {
+    std::function<bool()> box;
+    std::vector<std::function<void()>> steps;
+    bool answer;
+    const char* caption;
+  } cases[] = {
+      {[o] { return cMessageForm::confirmbox(o, "Delete it?", nullptr); },
+       {enter},
+       true,
+       "Confirm"}, // string 6 of the messages section
+      {[o] { return cMessageForm::warnconfirmbox(o, "Really?", nullptr); },
+       {escape},
+       false,
+       nullptr},
+      {[o] { return cMessageForm::confirmbox(o, "Closed?", "Own caption"); },
+       {[] { nsoff::closeRequest(nsoff::topWindow().handle); }},
+       false,
+       "Own caption"},
+      // Ctrl+Enter is not an answer; the Escape after it is.
+      {[o] { return cMessageForm::confirmbox(o, "Ctrl?", nullptr); },
+       {[] {
+          nsoff::key(kEnter, {false, true, false, false});
+        },
+        escape},
+       false,
+       nullptr},
+      {info(&cMessageForm::infobox), {enter}, true, "Information"},
+      {info(&cMessageForm::warningbox), {enter}, true, "Warning"},
+      {info(&cMessageForm::errorbox), {enter}, true, "Error"},
+  };
+  for (const auto& c : cases) {
+    nsoff::sWindowInfo shown;
+    std::vector<std::function<void()>> steps = {[&] { shown = nsoff::topWindow(); }};
+    steps.insert(steps.end(), c.steps.begin(), c.steps.end());
+    cScript s(steps);
+    EXPECT_EQ(c.box(), c.answer);
+    EXPECT_EQ(s.done(), steps.size());
+    EXPECT_TRUE(shown.modal);
+    if (c.caption) {
+      EXPECT_EQ(shown.caption, c.caption);
+    }
   }
-  EXPECT_EQ(caption, "Confirm"); // string 6 of the messages section
-  {
-    cScript s({[] { nsoff::key(kEscape); }});
-    EXPECT_FALSE(cMessageForm::warnconfirmbox(owner.get(), "Really?", nullptr));
-  }
-  {
-    cScript s({[] { nsoff::closeRequest(nsoff::topWindow().handle); }});
-    EXPECT_FALSE(cMessageForm::confirmbox(owner.get(), "Closed?", "Own caption"));
-  }
-  {
-    // Ctrl+Enter is not an answer; the Escape after it is.
-    cScript s({[] {
-                 nsoff::key(kEnter, {false, true, false, false});
-               },
-               [] { nsoff::key(kEscape); }});
-    EXPECT_FALSE(cMessageForm::confirmbox(owner.get(), "Ctrl?", nullptr));
-    EXPECT_EQ(s.done(), 2u);
-  }
-  // The keys went to the box, never to the form below it.
+  // The keys went to the boxes, never to the form below them.
   EXPECT_EQ(owner->accepted, 0);
   EXPECT_EQ(owner->cancelled, 0);
 }
@@ -100,55 +119,26 @@ TEST_F(Dialogs, AMessageTallerThanTheScreenIsCutToIt) {
   EXPECT_EQ(shown.h, 1024); // the offscreen desktop's height
 }
 
-TEST_F(Dialogs, EachBoxHasItsCaption) {
-  const std::pair<void (*)(cChildElement*, const char*, const char*), const char*> boxes[] = {
-      {&cMessageForm::infobox, "Information"},
-      {&cMessageForm::warningbox, "Warning"},
-      {&cMessageForm::errorbox, "Error"}};
-  for (const auto& [box, expected] : boxes) {
-    std::string caption;
-    bool modal = false;
-    cScript s({[&] {
-                 caption = nsoff::topWindow().caption;
-                 modal = nsoff::topWindow().modal;
-               },
-               [] { nsoff::key(kEnter); }});
-    box(owner.get(), "Line one\nLine two", nullptr);
-    EXPECT_EQ(caption, expected);
-    EXPECT_TRUE(modal);
-    EXPECT_EQ(s.done(), 2u);
-  }
-}
-
-TEST_F(Dialogs, ClickingYesOrNoAnswers) {
-  for (const int id : {cMessageForm::kAcceptButton, cMessageForm::kCancelButton}) {
+TEST_F(Dialogs, AQuestionIsAnsweredByItsButtonsOrEnterOnTheFocusedOne) {
+  // A click on Yes, a click on No, and Tab from Yes (the default, focused at first) to No
+  // with Enter.
+  for (const int way : {0, 1, 2}) {
     cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
     ASSERT_TRUE(form.measure(owner.get()));
     const sSize size = cMessageForm::clientSize(form.widest(), form.lineHeight(), 1);
-    std::string yes, no;
+    std::string texts;
     cScript s({[&] {
-      yes = form.dialogButtons().button(cMessageForm::kAcceptButton)->text();
-      no = form.dialogButtons().button(cMessageForm::kCancelButton)->text();
-      clickOn(form.dialogButtons().button(id));
-    }});
-    EXPECT_EQ(form.modal("q", size.width, size.height, owner.get(), false),
-              id == cMessageForm::kAcceptButton ? 1 : 0);
-    EXPECT_EQ(yes, "Yes"); // strings 1 and 2 of the messages section
-    EXPECT_EQ(no, "No");
+                 auto* yes = form.dialogButtons().button(cMessageForm::kAcceptButton);
+                 auto* no = form.dialogButtons().button(cMessageForm::kCancelButton);
+                 texts = std::string(yes->text()) + "/" + no->text();
+                 EXPECT_TRUE(yes->hasFocus());
+                 const sPoint at = centreOf(way == 0 ? yes : no);
+                 way == 2 ? nsoff::key(kTab) : nsoff::click(at.x, at.y);
+               },
+               [] { nsoff::key(kEnter); }});
+    EXPECT_EQ(form.modal("q", size.width, size.height, owner.get(), false), way == 0 ? 1 : 0);
+    EXPECT_EQ(texts, "Yes/No"); // strings 1 and 2 of the messages section
   }
-}
-
-TEST_F(Dialogs, EnterOnAFocusedNoAnswersNo) {
-  cMessageForm form("Question?", cMessageForm::ikQuestion, cMessageForm::bsYesNo);
-  ASSERT_TRUE(form.measure(owner.get()));
-  bool yesFocused = false;
-  cScript s({[&] {
-               yesFocused = form.dialogButtons().button(cMessageForm::kAcceptButton)->hasFocus();
-               nsoff::key(kTab);
-             },
-             [] { nsoff::key(kEnter); }});
-  EXPECT_EQ(form.modal("q", 200, 140, owner.get(), false), 0);
-  EXPECT_TRUE(yesFocused); // the default answer has the focus at first
 }
 
 TEST_F(Dialogs, TheBoxIsLaidOutByTheRule) {
@@ -253,61 +243,48 @@ TEST_F(Dialogs, APopupNearTheBottomOpensUpwards) {
   EXPECT_EQ(shown.x, 100);
 }
 
-TEST_F(Dialogs, EscapeInAPopupReturnsMinusOneAndStaysThere) {
-  const tActiveElementItems items = threeItems();
-  cScript s({[] { nsoff::key(kEscape); }});
-  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
-  nsoff::runUntilIdle();
-  EXPECT_EQ(owner->cancelled, 0);
-  EXPECT_EQ(nsoff::windows().size(), 1u); // the popup window is gone
-  EXPECT_EQ(nsoff::captured(), nullptr);  // and with it the pointer grab
-}
-
-TEST_F(Dialogs, AClickOnAnItemChoosesIt) {
+// Each way a popup list ends: what the user does in it, and what it returns.
+TEST_F(Dialogs, APopupListEndsByItsItemsOrNothing) {
   const tActiveElementItems items = threeItems();
   const int row = cPopupMaster::itemHeight(owner.get(), nullptr);
-  cScript s({[&] { nsoff::click(60, 50 + 1 + 2 * row + row / 2); }});
-  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), 12);
-  EXPECT_EQ(nsoff::captured(), nullptr);
-}
-
-TEST_F(Dialogs, DisabledItemsAndStrayReleasesChooseNothing) {
-  const tActiveElementItems items = threeItems();
-  const int row = cPopupMaster::itemHeight(owner.get(), nullptr);
-  const int y = 50 + 1 + row + row / 2; // the disabled item
-  cScript s({[&] { nsoff::click(60, y); },
-             // A release without its press (the click that opened a popup) is ignored.
-             [&] { nsoff::button(60, y + row, 1, false); }, [] { nsoff::key(kEscape); }});
-  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
-  EXPECT_EQ(s.done(), 3u);
-}
-
-TEST_F(Dialogs, APressOutsideDismisses) {
-  const tActiveElementItems items = threeItems();
-  cScript s({[] {
-    EXPECT_NE(nsoff::captured(), nullptr); // the popup holds the pointer
-    nsoff::click(500, 300);
-  }});
-  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), -1);
-  EXPECT_EQ(owner->accepted + owner->cancelled, 0);
-}
-
-TEST_F(Dialogs, ArrowsSkipDisabledItemsAndEnterChooses) {
-  const tActiveElementItems items = threeItems();
-  cScript s({[] {
-    nsoff::key(kDown); // Open
-    nsoff::key(kDown); // past Disabled to Close
-    nsoff::key(kDown); // around to Open
-    nsoff::key(kUp);   // back to Close
-    nsoff::key(kEnter);
-  }});
-  EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), 12);
-}
-
-TEST_F(Dialogs, NoItemsNoPopup) {
+  const int second = 50 + 1 + row + row / 2; // the disabled item
+  const struct {
+    const char* what;
+    std::vector<std::function<void()>> steps;
+    int chosen;
+  } cases[] = {
+      {"Escape", {[] { nsoff::key(kEscape); }}, -1},
+      {"a click on Close", {[&] { nsoff::click(60, second + row); }}, 12},
+      // A release without its press (the click that opened a popup) is ignored.
+      {"a disabled item, a stray release",
+       {[&] { nsoff::click(60, second); }, [&] { nsoff::button(60, second + row, 1, false); },
+        [] { nsoff::key(kEscape); }},
+       -1},
+      {"a press outside",
+       {[] {
+         EXPECT_NE(nsoff::captured(), nullptr); // the popup holds the pointer
+         nsoff::click(500, 300);
+       }},
+       -1},
+      // Down to Open, past Disabled to Close, around to Open, Up back to Close.
+      {"arrows",
+       {[] {
+         for (const int key : {kDown, kDown, kDown, kUp, kEnter}) nsoff::key(key);
+       }},
+       12},
+  };
+  for (const auto& c : cases) {
+    cScript s(c.steps);
+    EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), items, 50, 50), c.chosen) << c.what;
+    EXPECT_EQ(s.done(), c.steps.size()) << c.what;
+    nsoff::runUntilIdle();
+    EXPECT_EQ(nsoff::windows().size(), 1u) << c.what; // the popup window is gone
+    EXPECT_EQ(nsoff::captured(), nullptr) << c.what;  // and with it the pointer grab
+  }
+  EXPECT_EQ(owner->accepted + owner->cancelled, 0); // nothing reached the form below
   cScript none({});
   EXPECT_EQ(cPopupMaster::simplePopup(owner.get(), tActiveElementItems{}, 50, 50), -1);
-  EXPECT_EQ(cPopupMaster::simplePopup(nullptr, threeItems(), 50, 50), -1);
+  EXPECT_EQ(cPopupMaster::simplePopup(nullptr, items, 50, 50), -1);
 }
 
 TEST_F(Dialogs, TheConfigurationSetsWidthAndColours) {

@@ -49,9 +49,7 @@ class Edit : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
-    window.reset(ns().asyncwnd("edit", 400, 200, &form, nullptr, true, 0, 0));
-    ASSERT_NE(window, nullptr);
-    nsoff::runUntilIdle();
+    window = open(&form, 400, 200);
     form.edit.focus();
     nsoff::runUntilIdle();
     ASSERT_TRUE(form.edit.hasFocus());
@@ -59,15 +57,6 @@ protected:
   void TearDown() override {
     window.reset();
     cOffscreenTest::TearDown();
-  }
-  // Types text into the focused box, or presses a key, and lets the loop run.
-  void type(const char* text) {
-    nsoff::type(text);
-    nsoff::runUntilIdle();
-  }
-  void key(int code, sNSModifiers mods = {}) {
-    nsoff::key(code, mods);
-    nsoff::runUntilIdle();
   }
   // The desktop point of caret position i in the first box.
   sPoint at(int i) {
@@ -85,31 +74,31 @@ protected:
 TEST_F(Edit, TheMaximumLengthHoldsForTypingAndPasting) {
   ASSERT_TRUE(form.edit.setMaxLen(5));
   EXPECT_EQ(form.edit.maxLen(), 5);
-  type("abcde");
+  typeText("abcde");
   const int changes = form.changes;
-  type("f");
+  typeText("f");
   EXPECT_EQ(text(), "abcde");       // the sixth character is dropped
   EXPECT_EQ(form.changes, changes); // and nothing is reported
-  key(cChildElement::kKeyHome);
-  type("X"); // a full box takes nothing, and keeps its tail
+  pressKey(cChildElement::kKeyHome);
+  typeText("X"); // a full box takes nothing, and keeps its tail
   EXPECT_EQ(text(), "abcde");
 
   form.edit.wipeText();
   setClipboard("abcdefgh");
-  key('V', kCtrl);
+  pressKey('V', kCtrl);
   EXPECT_EQ(text(), "abcde");
   // Pasted units go in first; the text after the caret keeps what still fits.
   form.edit.setText("12345");
   form.edit.setCaret(2);
   setClipboard("ab");
-  key(cChildElement::kKeyInsert, kShift);
+  pressKey(cChildElement::kKeyInsert, kShift);
   EXPECT_EQ(text(), "12ab3");
   EXPECT_EQ(form.edit.caret(), 4);
 
   // Line breaks become blanks; control characters are dropped.
   ASSERT_TRUE(form.edit.setMaxLen(20));
   setClipboard("a\r\nb\tc\x01");
-  key('V', kCtrl);
+  pressKey('V', kCtrl);
   EXPECT_EQ(text(), "a b c");
   EXPECT_FALSE(form.edit.setMaxLen(-1));
   EXPECT_FALSE(form.edit.setMaxLen(cEditChild::kMaxMaxLen + 1));
@@ -151,23 +140,23 @@ TEST_F(Edit, PasswordsAndReadOnlyBoxesKeepTheirText) {
   form.edit.setText("secret");
   form.edit.setPwdMode(true);
   setClipboard("before");
-  key('A', kCtrl);
-  key('C', kCtrl);
-  key('X', kCtrl);
-  key(cChildElement::kKeyInsert, kCtrl);
+  pressKey('A', kCtrl);
+  pressKey('C', kCtrl);
+  pressKey('X', kCtrl);
+  pressKey(cChildElement::kKeyInsert, kCtrl);
   EXPECT_EQ(clipboard(), "before"); // a password is never copied
   EXPECT_EQ(text(), "secret");      // nor cut
 
   form.edit.setPwdMode(false);
   form.edit.setReadonly(true);
   form.edit.setText("fixed");
-  key('A', kCtrl);
-  type("zz");
-  key(cChildElement::kKeyBackspace);
-  key(cChildElement::kKeyDelete);
-  key(cChildElement::kKeyDelete, kShift);
-  key('V', kCtrl);
-  key('X', kCtrl);
+  pressKey('A', kCtrl);
+  typeText("zz");
+  pressKey(cChildElement::kKeyBackspace);
+  pressKey(cChildElement::kKeyDelete);
+  pressKey(cChildElement::kKeyDelete, kShift);
+  pressKey('V', kCtrl);
+  pressKey('X', kCtrl);
   EXPECT_EQ(text(), "fixed");
   EXPECT_EQ(clipboard(), "fixed"); // but a read-only box copies
   EXPECT_EQ(form.changes, 0);
@@ -175,43 +164,43 @@ TEST_F(Edit, PasswordsAndReadOnlyBoxesKeepTheirText) {
 
 TEST_F(Edit, ShiftWithArrowsGrowsShrinksAndReplacesTheSelection) {
   form.edit.setText("abcdef");
-  key(cChildElement::kKeyHome);
-  key(cChildElement::kKeyRight, kShift);
-  key(cChildElement::kKeyRight, kShift);
+  pressKey(cChildElement::kKeyHome);
+  pressKey(cChildElement::kKeyRight, kShift);
+  pressKey(cChildElement::kKeyRight, kShift);
   EXPECT_EQ(sel(), std::make_pair(0LL, 1LL));
-  key(cChildElement::kKeyLeft, kShift); // shrinks from the side the caret is on
+  pressKey(cChildElement::kKeyLeft, kShift); // shrinks from the side the caret is on
   EXPECT_EQ(sel(), std::make_pair(0LL, 0LL));
-  key(cChildElement::kKeyLeft, kShift); // to nothing
+  pressKey(cChildElement::kKeyLeft, kShift); // to nothing
   EXPECT_EQ(sel(), std::make_pair(-1LL, -1LL));
-  key(cChildElement::kKeyEnd);
-  key(cChildElement::kKeyLeft, kShift);
-  key(cChildElement::kKeyLeft, kShift);
+  pressKey(cChildElement::kKeyEnd);
+  pressKey(cChildElement::kKeyLeft, kShift);
+  pressKey(cChildElement::kKeyLeft, kShift);
   EXPECT_EQ(sel(), std::make_pair(4LL, 5LL));
-  key(cChildElement::kKeyHome, kShift); // grows leftwards from the fixed end
+  pressKey(cChildElement::kKeyHome, kShift); // grows leftwards from the fixed end
   EXPECT_EQ(sel(), std::make_pair(0LL, 5LL));
   EXPECT_EQ(form.edit.caret(), 0);
   // A move that does not start at an edge replaces the selection.
   form.edit.select(1, 2);
   form.edit.processSelectKbd(5, 6);
   EXPECT_EQ(sel(), std::make_pair(5LL, 5LL));
-  key(cChildElement::kKeyRight); // a plain move ends the selection
+  pressKey(cChildElement::kKeyRight); // a plain move ends the selection
   EXPECT_FALSE(form.edit.hasSelection());
 }
 
 TEST_F(Edit, CtrlArrowsMoveOverWordsAndTheBlanksNextToThem) {
   form.edit.setText("one  two three");
-  key(cChildElement::kKeyHome);
+  pressKey(cChildElement::kKeyHome);
   const long long rights[] = {5, 9, 14, 14};
   for (const long long expected : rights) {
-    key(cChildElement::kKeyRight, kCtrl);
+    pressKey(cChildElement::kKeyRight, kCtrl);
     EXPECT_EQ(form.edit.caret(), expected);
   }
   const long long lefts[] = {9, 5, 0, 0};
   for (const long long expected : lefts) {
-    key(cChildElement::kKeyLeft, kCtrl);
+    pressKey(cChildElement::kKeyLeft, kCtrl);
     EXPECT_EQ(form.edit.caret(), expected);
   }
-  key(cChildElement::kKeyRight, kCtrlShift);
+  pressKey(cChildElement::kKeyRight, kCtrlShift);
   EXPECT_EQ(sel(), std::make_pair(0LL, 4LL));
 }
 
@@ -267,12 +256,12 @@ TEST_F(Edit, TheMouseSelectsByDragShiftClickAndDoubleClick) {
 
 TEST_F(Edit, TheCaretStaysInViewOfALongText) {
   form.edit.setMaxLen(1000);
-  type(std::string(120, 'w').c_str());
+  typeText(std::string(120, 'w').c_str());
   const int caretX = form.edit.symbolPos(static_cast<int>(form.edit.caret()));
   EXPECT_GT(form.edit.scrollX(), 0);
   EXPECT_GE(caretX, cEditChild::kPadding);
   EXPECT_LT(caretX, form.edit.width() - cEditChild::kPadding);
-  key(cChildElement::kKeyHome);
+  pressKey(cChildElement::kKeyHome);
   EXPECT_EQ(form.edit.scrollX(), 0);
   // Dragging past the right edge follows the pointer.
   sPoint p;
@@ -286,54 +275,54 @@ TEST_F(Edit, TheCaretStaysInViewOfALongText) {
 }
 
 TEST_F(Edit, ASurrogatePairIsOneCharacter) {
-  type("a\xF0\x9F\x98\x80"
-       "b"); // a, U+1F600, b
+  typeText("a\xF0\x9F\x98\x80"
+           "b"); // a, U+1F600, b
   ASSERT_EQ(form.edit.length(), 4);
-  key(cChildElement::kKeyLeft);
-  key(cChildElement::kKeyLeft);
+  pressKey(cChildElement::kKeyLeft);
+  pressKey(cChildElement::kKeyLeft);
   EXPECT_EQ(form.edit.caret(), 1); // over the pair at once
-  key(cChildElement::kKeyRight, kShift);
+  pressKey(cChildElement::kKeyRight, kShift);
   EXPECT_EQ(sel(), std::make_pair(1LL, 2LL));
-  key(cChildElement::kKeyDelete);
+  pressKey(cChildElement::kKeyDelete);
   EXPECT_EQ(text(), "ab");
-  type("\xF0\x9F\x98\x80");
-  key(cChildElement::kKeyBackspace);
+  typeText("\xF0\x9F\x98\x80");
+  pressKey(cChildElement::kKeyBackspace);
   EXPECT_EQ(text(), "ab");
   form.edit.setText("\xF0\x9F\x98\x80");
   form.edit.select(0, 0); // half a pair widens to the pair
   EXPECT_EQ(sel(), std::make_pair(0LL, 1LL));
   form.edit.select(1, 1);
   EXPECT_EQ(sel(), std::make_pair(0LL, 1LL));
-  key('C', kCtrl);
+  pressKey('C', kCtrl);
   EXPECT_EQ(clipboard(), "\xF0\x9F\x98\x80"); // real UTF-8 on the clipboard
   // A pair that does not fit whole stays out.
   form.edit.setMaxLen(2);
-  type("x\xF0\x9F\x98\x80");
+  typeText("x\xF0\x9F\x98\x80");
   EXPECT_EQ(text(), "x");
   form.edit.setText("y\xF0\x9F\x98\x80");
   EXPECT_EQ(text(), "y");
 }
 
 TEST_F(Edit, EnterAndEscapeReportTheirKeyAndUndoRestores) {
-  type("abc");
-  key(cChildElement::kKeyEnter);
-  key(cChildElement::kKeyEscape);
+  typeText("abc");
+  pressKey(cChildElement::kKeyEnter);
+  pressKey(cChildElement::kKeyEscape);
   EXPECT_EQ(form.keys, (std::vector<int>{cChildElement::kKeyEnter, cChildElement::kKeyEscape}));
-  key('A', kCtrl);
-  key(cChildElement::kKeyEscape); // with a selection, Escape only drops it
+  pressKey('A', kCtrl);
+  pressKey(cChildElement::kKeyEscape); // with a selection, Escape only drops it
   EXPECT_EQ(form.keys.size(), 2u);
   EXPECT_FALSE(form.edit.hasSelection());
 
-  type(" def");
-  key(cChildElement::kKeyBackspace);
+  typeText(" def");
+  pressKey(cChildElement::kKeyBackspace);
   EXPECT_EQ(text(), "abc de");
-  key('Z', kCtrl);
+  pressKey('Z', kCtrl);
   EXPECT_EQ(text(), "abc def");
-  key('Z', kCtrl); // typing is one step
+  pressKey('Z', kCtrl); // typing is one step
   EXPECT_EQ(text(), "abc");
-  key('Z', kCtrlShift);
+  pressKey('Z', kCtrlShift);
   EXPECT_EQ(text(), "abc def");
-  key('Y', kCtrl);
+  pressKey('Y', kCtrl);
   EXPECT_EQ(text(), "abc de");
   EXPECT_GT(form.changes, 0);
 }
@@ -341,7 +330,7 @@ TEST_F(Edit, EnterAndEscapeReportTheirKeyAndUndoRestores) {
 TEST_F(Edit, FocusSelectsAllUnlessAClickPlacesTheCaret) {
   form.edit.setText("hello");
   form.other.setText("world");
-  key(cChildElement::kKeyTab); // to the second box
+  pressKey(cChildElement::kKeyTab); // to the second box
   EXPECT_TRUE(form.other.hasFocus());
   EXPECT_EQ(form.other.selFirst(), 0);
   EXPECT_EQ(form.other.selLast(), 4);
@@ -358,7 +347,7 @@ TEST_F(Edit, FocusSelectsAllUnlessAClickPlacesTheCaret) {
   nsoff::advanceClock(cEditChild::kBlinkMs);
   EXPECT_TRUE(form.edit.caretShown());
   nsoff::advanceClock(cEditChild::kBlinkMs);
-  key(cChildElement::kKeyRight);
+  pressKey(cChildElement::kKeyRight);
   EXPECT_TRUE(form.edit.caretShown());
   form.other.focus();
   nsoff::runUntilIdle();

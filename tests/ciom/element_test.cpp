@@ -12,7 +12,6 @@
 
 #include "base/job.h"
 #include "ciom/element.h"
-#include "ciom/hint.h"
 #include "ciom/langfile.h"
 #include "ciom/theme.h"
 
@@ -184,6 +183,7 @@ TEST_F(ElementTree, AttachOrdersAndRefusesTwice) {
   EXPECT_EQ(root.getFirstChild(), &a);
   EXPECT_EQ(root.getNextChild(&a), &b);
   EXPECT_EQ(root.getNextChild(&b), nullptr);
+  EXPECT_EQ(b.getFirstChild(), nullptr);
   EXPECT_TRUE(root.isChild(&c));
   EXPECT_FALSE(root.isDirectChild(&c));
   // A detached child's order number is not reused: the next one goes last.
@@ -202,20 +202,17 @@ TEST_F(ElementTree, AttachOrdersAndRefusesTwice) {
   EXPECT_EQ(sized.width(), 20);
   EXPECT_EQ(sized.height(), 30);
   EXPECT_EQ(fixed.width(), 10);
-}
 
-TEST_F(ElementTree, DestroyedChildLeavesTheTree) {
-  cProbe root("root");
-  cTestTarget target(root);
+  // A destroyed child leaves the tree, and its address is no longer an element.
+  cChildElement* gone = nullptr;
   {
-    cProbe child("child");
-    root.attach(&child, 0, 0, 10, 10);
-    EXPECT_TRUE(cChildElement::valid(&child));
+    cProbe brief("brief");
+    root.attach(&brief, 0, 0, 10, 10);
+    gone = &brief;
+    EXPECT_TRUE(cChildElement::valid(gone));
   }
-  EXPECT_EQ(root.getFirstChild(), nullptr);
-  auto* gone = new cProbe("gone");
-  delete gone;
   EXPECT_FALSE(cChildElement::valid(gone));
+  EXPECT_EQ(root.getNextChild(&fixed), nullptr);
 }
 
 TEST_F(ElementTree, MouseRoutesThroughScrollAndFixedParts) {
@@ -415,7 +412,7 @@ TEST_F(cFocusTree, FocusMovesDownAChain) {
                                             "right:action1fromc", "root:action1fromc"}));
 }
 
-TEST_F(cFocusTree, TabWalksInOrderAndWraps) {
+TEST_F(cFocusTree, TabWalksInOrderWrapsAndSkipsWhatCannotTakeIt) {
   focusOn(a);
   const auto tab = [&](bool back) {
     root.processKey(cChildElement::kKeyTab, back, false, false);
@@ -428,16 +425,12 @@ TEST_F(cFocusTree, TabWalksInOrderAndWraps) {
   EXPECT_EQ(tab(false), &a); // round again from the first
   EXPECT_EQ(tab(true), &d);
   EXPECT_EQ(tab(true), &c);
-}
-
-TEST_F(cFocusTree, TabSkipsDisabledAndHidden) {
+  // Hidden and disabled elements are passed over.
   focusOn(a);
   b.hide();
   right.disable();
-  root.processKey(cChildElement::kKeyTab, false, false, false);
-  EXPECT_EQ(root.getFocused(), &d);
-  root.processKey(cChildElement::kKeyTab, true, false, false);
-  EXPECT_EQ(root.getFocused(), &a);
+  EXPECT_EQ(tab(false), &d);
+  EXPECT_EQ(tab(true), &a);
 }
 
 TEST_F(cFocusTree, ArrowsMoveWithinTheGroup) {
@@ -580,23 +573,18 @@ TEST_F(ElementTree, AnchorsFollowTheParentsSize) {
   root.anchor(&fill, 5, 5, ~10, ~40);      // 10 narrower, 40 shorter than the parent
   root.anchor(&bottomBar, 0, ~30, ~0, 30); // the bottom 30 pixels, full width
   root.anchor(&corner, ~20, ~20, 20, 20);  // 20 from the right and bottom, min width 30
-  sRect r;
-  fill.childRect(&r);
-  EXPECT_EQ(r, (sRect{5, 5, 390, 260}));
-  bottomBar.childRect(&r);
-  EXPECT_EQ(r, (sRect{0, 270, 400, 30}));
-  corner.childRect(&r);
-  EXPECT_EQ(r, (sRect{380, 280, 30, 20}));
-
+  const auto rects = [&] {
+    std::vector<sRect> out(3);
+    fill.childRect(&out[0]);
+    bottomBar.childRect(&out[1]);
+    corner.childRect(&out[2]);
+    return out;
+  };
+  EXPECT_EQ(rects(), (std::vector<sRect>{{5, 5, 390, 260}, {0, 270, 400, 30}, {380, 280, 30, 20}}));
   gLog.clear();
   root.content = {600, 500};
   root.processSizeChanges(600, 500, false);
-  fill.childRect(&r);
-  EXPECT_EQ(r, (sRect{5, 5, 590, 460}));
-  bottomBar.childRect(&r);
-  EXPECT_EQ(r, (sRect{0, 470, 600, 30}));
-  corner.childRect(&r);
-  EXPECT_EQ(r, (sRect{580, 480, 30, 20}));
+  EXPECT_EQ(rects(), (std::vector<sRect>{{5, 5, 590, 460}, {0, 470, 600, 30}, {580, 480, 30, 20}}));
   EXPECT_EQ(gLog,
             (std::vector<std::string>{"fill:size590x460", "bar:size600x30", "root:size600x500"}));
 }
@@ -613,10 +601,8 @@ TEST_F(ElementTree, RepaintsClimbThroughScrollAndClip) {
   child.repaint(&part);
   fixed.repaint(&part);
   child.repaint(); // the whole child, cut to the window
-  ASSERT_EQ(target.repaints.size(), 3u);
-  EXPECT_EQ(target.repaints[0], (sArea{20, 30, 30, 40}));
-  EXPECT_EQ(target.repaints[1], (sArea{50, 30, 60, 40}));
-  EXPECT_EQ(target.repaints[2], (sArea{20, 30, 120, 100}));
+  EXPECT_EQ(target.repaints,
+            (std::vector<sArea>{{20, 30, 30, 40}, {50, 30, 60, 40}, {20, 30, 120, 100}}));
   // Hidden elements ask for nothing.
   target.repaints.clear();
   child.hide(false);
@@ -642,64 +628,6 @@ TEST_F(ElementTree, StringsComeFromTheNearestSection) {
   EXPECT_EQ(root.string(1), nullptr);
   EXPECT_EQ(orphan.string(0), nullptr); // names its own section, which did not resolve
   EXPECT_STREQ(orphan.string(&button, 0), "zero");
-}
-
-// A window that measures every character as 6 × 13 pixels and records its popups.
-class cHintWindow : public cTestTarget {
-public:
-  using cTestTarget::cTestTarget;
-  struct cPopup : cWindowHolder {
-    explicit cPopup(int* open) : open(open) { ++*open; }
-    ~cPopup() override { --*open; }
-    int* open;
-  };
-  bool _rt_textbox(cFontObject*, const char* text, sSize& size) override {
-    size = {6 * static_cast<int>(std::string(text).size()), 13};
-    return true;
-  }
-  cWindowHolder* _rt_popup(int x, int y, int w, int h, cChildElement* root, bool) override {
-    shown = {x, y, w, h};
-    tip = dynamic_cast<cHintMaster*>(root);
-    return new cPopup(&open);
-  }
-  sRect shown;
-  cHintMaster* tip = nullptr;
-  int open = 0;
-};
-
-TEST_F(ElementTree, HintShowsBelowAndGoesOnLeavingOrPress) {
-  cFontObject::setMaker([]() { return std::make_unique<cFontObject>(); });
-  cChildElement root, plain, tipped;
-  cHintWindow window(root);
-  root.setWinTarget(&window, 100, 50, 400, 300); // the window's place on the desktop
-  root.attach(&plain, 0, 0, 10, 10);
-  root.attach(&tipped, 20, 30, 40, 16);
-  tipped.setHint("Save\nthe rules file");
-  root.processMouseMove(5, 5);
-  EXPECT_EQ(window.open, 0); // no hint, no tooltip
-  root.processMouseMove(25, 35);
-  ASSERT_EQ(window.open, 1);
-  // Just below the element: 2 right, height + 2 down; widest line + 8 by lines × 13 + 4.
-  EXPECT_EQ(window.shown, (sRect{100 + 20 + 2, 50 + 30 + 16 + 2, 6 * 14 + 8, 2 * 13 + 4}));
-  ASSERT_NE(window.tip, nullptr);
-  EXPECT_EQ(window.tip->background(), cCITheme::theme().getColor(cHintMaster::kBackgroundColour));
-  EXPECT_EQ(tipped.hintPopup(), window.tip);
-  root.processMouseMove(5, 5);
-  EXPECT_EQ(window.open, 0);
-  EXPECT_EQ(tipped.hintPopup(), nullptr);
-  // A press on the element ends it too.
-  root.processMouseMove(25, 35);
-  ASSERT_EQ(window.open, 1);
-  root.processMouseBtn(25, 35, 1, true, false, false);
-  EXPECT_EQ(window.open, 0);
-  // A closing tooltip's own action also ends it.
-  root.processMouseMove(5, 5);
-  root.processMouseMove(25, 35);
-  ASSERT_EQ(window.open, 1);
-  tipped.postAction(new cChildAction(cChildAction::acHintClosed));
-  window.deliver();
-  EXPECT_EQ(window.open, 0);
-  cFontObject::setMaker(nullptr);
 }
 
 } // namespace

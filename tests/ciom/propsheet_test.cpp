@@ -33,9 +33,7 @@ class PropSheet : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
-    window.reset(ns().asyncwnd("sheet", 420, 380, &root, nullptr, true, 0, 0));
-    ASSERT_NE(window, nullptr);
-    nsoff::runUntilIdle();
+    window = open(&root, 420, 380);
     P& s = sheet();
     s.startChanges();
     ASSERT_TRUE(s.setSection(1, "General"));
@@ -54,11 +52,6 @@ protected:
     cOffscreenTest::TearDown();
   }
   P& sheet() { return root.ex.sheet(); }
-  static sRect rectOf(cChildElement* e) {
-    sRect r;
-    e->childRect(&r);
-    return r;
-  }
 
   cSheetRoot root;
   std::unique_ptr<cWindowHolder> window;

@@ -71,9 +71,7 @@ class TreeView : public cOffscreenTest {
 protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
-    window.reset(ns().asyncwnd("tree", 400, 300, &root, nullptr, true, 0, 0));
-    ASSERT_NE(window, nullptr);
-    nsoff::runUntilIdle();
+    window = open(&root, 400, 300);
     // a (a1 (a1x, a1y), a2), b (b1), c
     cTreeViewChild& t = root.tree;
     t.startChanges();
@@ -96,15 +94,6 @@ protected:
     auto* item = new cItem(text, nullptr);
     EXPECT_TRUE(root.tree.storeUnder(parent, item));
     return item;
-  }
-  static sRect rectOf(cChildElement* e) {
-    sRect r;
-    e->childRect(&r);
-    return r;
-  }
-  void press(int key, sNSModifiers mods = {}) {
-    nsoff::key(key, mods);
-    nsoff::runUntilIdle();
   }
   std::string selectedText() const {
     return root.tree.selected() ? root.tree.selected()->text : "";
@@ -198,14 +187,14 @@ TEST_F(TreeView, KeysWalkTheTree) {
   nsoff::runUntilIdle();
   ASSERT_EQ(selectedText(), "a");
   for (const sStep& s : steps) {
-    press(s.key, {false, s.ctrl, false});
+    pressKey(s.key, {false, s.ctrl, false});
     EXPECT_EQ(selectedText(), s.expect) << "after key " << s.key << (s.ctrl ? " with ctrl" : "");
   }
   // Collapsed, a is one row: Up from b lands on it.
   root.tree.collapse(a, false);
   root.tree.select(b, true);
   nsoff::runUntilIdle();
-  press(K::kKeyUp);
+  pressKey(K::kKeyUp);
   EXPECT_EQ(selectedText(), "a");
 }
 
@@ -215,7 +204,7 @@ TEST_F(TreeView, SelectionAndActivationRaiseTheirActions) {
   EXPECT_EQ(root.tree.selected(), a1);
   root.tree.select(a1, true); // again: nothing new
   nsoff::runUntilIdle();
-  press(cChildElement::kKeyEnter);
+  pressKey(cChildElement::kKeyEnter);
   EXPECT_EQ(root.codes(),
             (std::vector<int>{cTreeViewChild::kSelected, cTreeViewChild::kActivated}));
 
@@ -242,7 +231,7 @@ TEST_F(TreeView, SelectionAndActivationRaiseTheirActions) {
   nsoff::type("+");
   nsoff::runUntilIdle();
   EXPECT_FALSE(a->collapsed);
-  press(cChildElement::kKeyKeypadMinus);
+  pressKey(cChildElement::kKeyKeypadMinus);
   EXPECT_TRUE(a->collapsed);
   // The fold is told at once, the selection once the label has the focus.
   EXPECT_EQ(root.codes(), (std::vector<int>{cTreeViewChild::kToggled, cTreeViewChild::kSelected,
@@ -325,7 +314,7 @@ TEST_F(TreeView, TheFocusFollowsTheSelection) {
   EXPECT_TRUE(b->element->hasFocus());
   EXPECT_FALSE(a->element->hasFocus());
   root.seen.clear();
-  press(cChildElement::kKeyDown);
+  pressKey(cChildElement::kKeyDown);
   EXPECT_EQ(selectedText(), "b1");
   root.tree.select(b, false);
   nsoff::runUntilIdle();

@@ -45,17 +45,7 @@ public:
   }
 };
 
-class Widgets : public cOffscreenTest {
-protected:
-  // The window of root; the caller keeps it in a variable declared after root, so that
-  // the window goes first.
-  std::unique_ptr<cWindowHolder> open(cChildElement* root, int w, int h) {
-    std::unique_ptr<cWindowHolder> holder(ns().asyncwnd("w", w, h, root, nullptr, true, 0, 0));
-    EXPECT_NE(holder, nullptr);
-    nsoff::runUntilIdle();
-    return holder;
-  }
-};
+using Widgets = cOffscreenTest;
 
 TEST_F(Widgets, AToolBarLaysOutItsVisibleButtons) {
   cBarForm form;
@@ -257,6 +247,7 @@ TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
   ASSERT_NE(hint, nullptr);
   EXPECT_EQ(tip.w, wide.width + 8);
   EXPECT_EQ(tip.h, 2 * hint->lineHeight() + 4);
+  EXPECT_EQ(hint->background(), cCITheme::theme().getColor(cHintMaster::kBackgroundColour));
 
   // The theme's tooltip background, inside the frame (device order 0xRRGGBB).
   cairo_surface_t* s = nsoff::surface(tip.handle);
@@ -267,9 +258,21 @@ TEST_F(Widgets, TheHintShowsInAPopupBelowItsElement) {
       cairo_image_surface_get_data(s) + (tip.h - 2) * cairo_image_surface_get_stride(s);
   EXPECT_EQ(reinterpret_cast<const unsigned*>(row)[tip.w - 2] & 0xFFFFFF, rgb);
 
-  nsoff::move(at.x + 200, at.y + 100); // off the label
+  // Leaving the label ends it, and so does a press on it.
+  for (const bool press : {false, true}) {
+    press ? nsoff::button(at.x, at.y, 1, true) : nsoff::move(at.x + 200, at.y + 100);
+    nsoff::runUntilIdle();
+    EXPECT_EQ(nsoff::windows().size(), before) << press;
+    EXPECT_EQ(form.label.hintPopup(), nullptr);
+    nsoff::button(at.x, at.y, 1, false);
+    nsoff::move(at.x + 200, at.y + 100);
+    nsoff::move(at.x, at.y);
+    nsoff::runUntilIdle();
+  }
+  // The tooltip's own closing action ends it too.
+  ASSERT_NE(form.label.hintPopup(), nullptr);
+  form.label.postAction(new cChildAction(cChildAction::acHintClosed));
   nsoff::runUntilIdle();
-  EXPECT_EQ(nsoff::windows().size(), before);
   EXPECT_EQ(form.label.hintPopup(), nullptr);
 }
 

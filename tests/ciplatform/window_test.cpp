@@ -2,8 +2,6 @@
 // queue and the window maker.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "../common/offscreen_fixture.h"
 #include "ciom/customform.h"
 
@@ -14,7 +12,6 @@ class cProbeRoot : public cChildElement {
 public:
   std::vector<int> keys;
   std::vector<unsigned short> chars;
-  std::vector<std::thread::id> actionThreads;
   int constructs = 0, paints = 0, endOn = -1;
   bool allowClose = true;
 
@@ -30,7 +27,6 @@ public:
   void onPaint(cCanvas*) override { ++paints; }
   bool onClose() override { return allowClose; }
   bool onAction(cChildElement* source, cChildAction* action) override {
-    actionThreads.push_back(std::this_thread::get_id());
     if (endOn >= 0) end_modal(endOn);
     return cChildElement::onAction(source, action);
   }
@@ -111,20 +107,6 @@ TEST_F(Windows, KeysArePressesAndCharactersArePrintable) {
   EXPECT_EQ(root.chars, (std::vector<unsigned short>{'a', 0xE9}));
 }
 
-TEST_F(Windows, ActionsFromAnotherThreadArriveOnTheGuiThread) {
-  cProbeRoot root;
-  std::unique_ptr<cWindowHolder> holder(
-      ns().asyncwnd("jobs", 100, 100, &root, nullptr, true, 0, 0));
-  nsoff::runUntilIdle();
-  root.actionThreads.clear();
-  std::thread worker([&root] {
-    for (int i = 0; i < 3; ++i) root.notifyAction(new cChildAction(7));
-  });
-  worker.join();
-  ASSERT_TRUE(nsoff::runUntil([&] { return root.actionThreads.size() == 3; }));
-  for (const auto& id : root.actionThreads) EXPECT_EQ(id, std::this_thread::get_id());
-}
-
 TEST_F(Windows, AModalRunEndsWithTheResultOfAPostedAction) {
   cProbeRoot owner;
   std::unique_ptr<cWindowHolder> holder(
@@ -150,14 +132,6 @@ TEST_F(Windows, ARootThatRefusesKeepsItsWindowOpen) {
   nsoff::closeRequest(wnd);
   nsoff::runUntilIdle();
   EXPECT_FALSE(nsoff::windows().back().shown);
-}
-
-TEST_F(Windows, SectionsComeFromTheToolkitsLanguage) {
-  cProbeRoot root;
-  std::unique_ptr<cWindowHolder> holder(ns().asyncwnd("lang", 50, 50, &root, nullptr, true, 0, 0));
-  const cCiomLangData* messages = root.winTarget()->_rt_getnamedlangsection("ciom::messages");
-  ASSERT_NE(messages, nullptr);
-  EXPECT_EQ(root.winTarget()->_rt_getnamedlangsection("no::such"), nullptr);
 }
 
 } // namespace

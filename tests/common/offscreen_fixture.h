@@ -24,6 +24,14 @@ protected:
     nsoff::runUntilIdle();
   }
   cNSWMaker& ns() { return static_cast<cNSWMaker&>(*maker); }
+  // The window of root, settled; the caller keeps it in a variable declared after root, so
+  // that the window goes first.
+  std::unique_ptr<cWindowHolder> open(cChildElement* root, int w, int h, int x = 0, int y = 0) {
+    std::unique_ptr<cWindowHolder> holder(ns().asyncwnd("test", w, h, root, nullptr, true, x, y));
+    EXPECT_NE(holder, nullptr);
+    nsoff::runUntilIdle();
+    return holder;
+  }
 
   std::unique_ptr<cWindowMaker> maker;
 };
@@ -32,6 +40,29 @@ inline sPoint centreOf(cChildElement* e) {
   sPoint at;
   e->absPos(at);
   return {at.x + e->width() / 2, at.y + e->height() / 2};
+}
+
+// A click at the centre of e, a key press or typed text, each followed by the loop's work.
+inline void clickOn(cChildElement* e, int button = 1) {
+  ASSERT_NE(e, nullptr);
+  const sPoint p = centreOf(e);
+  nsoff::click(p.x, p.y, button);
+  nsoff::runUntilIdle();
+}
+inline void pressKey(int key, sNSModifiers mods = {}) {
+  nsoff::key(key, mods);
+  nsoff::runUntilIdle();
+}
+inline void typeText(const char* text) {
+  nsoff::type(text);
+  nsoff::runUntilIdle();
+}
+
+// Where e lies in its parent.
+inline sRect rectOf(cChildElement* e) {
+  sRect r;
+  e->childRect(&r);
+  return r;
 }
 
 // Hands one step to the loop each time a modal run goes idle; the run ends (or the
