@@ -46,6 +46,11 @@ struct sReplaceResult {
   bool ok() const { return failed == rsNone; }
 };
 sReplaceResult file_replace(const char* path, const void* data, unsigned long long size);
+// Makes every later file_replace fail at step with error, as a full disk or a lost
+// connection would, until it is called with rsNone; for the tests of what the callers do
+// then. The failure is made where the real one would happen, so that what the caller sees
+// (and what is left on the disk) is what a real failure leaves.
+void file_replace_fail_at(eReplaceStep step, int error);
 
 // A byte target: read and write move what they can; readf and writef succeed only when
 // exactly the bytes asked for were moved.

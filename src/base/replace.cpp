@@ -1,4 +1,5 @@
 // file_replace: a whole file written beside its target and renamed over it.
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -10,6 +11,16 @@
 #include "files.h"
 
 namespace {
+
+// The step made to fail, and its error (file_replace_fail_at).
+std::atomic<int> gFailStep{rsNone}, gFailError{0};
+
+// Whether step is made to fail; errno then holds the error it fails with.
+bool madeToFail(eReplaceStep step) {
+  if (gFailStep.load() != step) return false;
+  errno = gFailError.load();
+  return true;
+}
 
 // The file a save replaces: a link's target, so the link stays a link.
 std::string replacedFile(const char* path) {
@@ -44,17 +55,18 @@ sReplaceResult file_replace(const char* path, const void* data, unsigned long lo
   // A name of its own beside the target, so that no other file is touched and two saves
   // never share one.
   std::string part = target + ".saving-XXXXXX";
-  const int fd = ::mkostemp(part.data(), O_CLOEXEC);
+  const int fd = madeToFail(rsCreate) ? -1 : ::mkostemp(part.data(), O_CLOEXEC);
   if (fd < 0) return {rsCreate, errno};
   struct stat old {};
   ::fchmod(fd, ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0664);
   sReplaceResult result;
-  if (!writeAll(fd, static_cast<const unsigned char*>(data), size))
+  if (!writeAll(fd, static_cast<const unsigned char*>(data), size) || madeToFail(rsWrite))
     result = {rsWrite, errno};
-  else if (::fsync(fd) != 0)
+  else if (::fsync(fd) != 0 || madeToFail(rsFlush))
     result = {rsFlush, errno};
   if (::close(fd) != 0 && result.ok()) result = {rsFlush, errno};
-  if (result.ok() && ::rename(part.c_str(), target.c_str()) != 0) result = {rsRename, errno};
+  if (result.ok() && (madeToFail(rsRename) || ::rename(part.c_str(), target.c_str()) != 0))
+    result = {rsRename, errno};
   if (!result.ok()) {
     ::unlink(part.c_str());
     return result;
@@ -67,4 +79,9 @@ sReplaceResult file_replace(const char* path, const void* data, unsigned long lo
     ::close(folder);
   }
   return result;
+}
+
+void file_replace_fail_at(eReplaceStep step, int error) {
+  gFailError = error;
+  gFailStep = step;
 }

@@ -62,8 +62,8 @@ sRulesFileResult cRulesDocument::open(const char* path) {
   myTree.destroy();
   while (cTreeItem* top = read.first()) myTree.cTree::add(nullptr, read.remove(top));
   myForm = form;
-  setPath(path);
-  setSaved(true);
+  setPath(result.ok() ? path : "");
+  setSaved(result.ok());
   return result;
 }
 
@@ -71,18 +71,16 @@ sRulesFileResult cRulesDocument::merge(const char* path) {
   const bool wasEmpty = empty();
   sRulesFileResult result = loadRulesFile(path, myTree);
   if (result.outcome == sRulesFileResult::roCannotOpen) return result;
-  setSaved(wasEmpty);
+  setSaved(wasEmpty && result.ok());
   return result;
 }
 
 sRulesFileResult cRulesDocument::save(const char* path) {
   const eRulesForm form = rulesFormOf(path) == rfText ? rfText : myForm;
   sRulesFileResult result = saveRulesFile(path, myTree, form);
-  if (result.outcome == sRulesFileResult::roCannotCreate) return result;
-  if (result.ok()) {
-    myForm = form;
-    setPath(path);
-  }
+  if (!result.ok()) return result;
+  myForm = form;
+  setPath(path);
   setSaved(true);
   return result;
 }
@@ -223,8 +221,10 @@ bool cRulesDocument::setSizeRule(cScanSigEndRuleMatchSize* rule, unsigned int of
 
 void cRulesDocument::removeRule(cScanSignature* sig, cScanSigRule* rule) {
   sig->remove(rule);
+  changed();
 }
 
 void cRulesDocument::removeRule(cScanSignature* sig, cScanSigEndRule* rule) {
   sig->remove(rule);
+  changed();
 }

@@ -31,13 +31,16 @@ public:
   // --- files
   // An empty set, with no file.
   void clear();
-  // The file's definitions in place of the set's. When it cannot be read nothing changes;
-  // when it is damaged what could be read stays and the set takes its name.
+  // The file's definitions in place of the set's. When it cannot be read nothing changes.
+  // When it is damaged what could be read stays, unsaved and without a name: a save under
+  // the damaged file's name would put the part over the whole.
   sRulesFileResult open(const char* path);
-  // The file's definitions after the set's; the set stays saved only if it was empty.
+  // The file's definitions after the set's; the set stays saved only if it was empty and the
+  // file was whole.
   sRulesFileResult merge(const char* path);
   // Saves to path, atomically: as text for a name ending ".txt", else in the set's form.
-  // The set counts as saved once the file could be created, even when a later step failed.
+  // Only a save that succeeded makes the set saved and gives it the name; after any failure
+  // the set is as it was, and so is the file.
   sRulesFileResult save(const char* path);
 
   // --- definitions
@@ -71,7 +74,6 @@ public:
   bool setEndRule(cScanSigEndRuleUniHex* rule, const char* pattern, unsigned int distance);
   bool setSizeRule(cScanSigEndRuleMatchSize* rule, unsigned int offset, unsigned char bytes,
                    unsigned int increment, unsigned int multiplier, bool bigEndian);
-  // Removing a rule leaves the saved flag as it was.
   void removeRule(cScanSignature* sig, cScanSigRule* rule);
   void removeRule(cScanSignature* sig, cScanSigEndRule* rule);
 

@@ -123,6 +123,8 @@ public:
 private:
   static void loadPictures();
   std::vector<sFileFilter> rulesFilter(); // the file dialogs' one filter
+  // The message text, with the file and the reason from result on a line of its own.
+  void fileError(int text, const sRulesFileResult& result);
   void buildTools();
   void onTool(int id);
   void onRuleTool(int id);

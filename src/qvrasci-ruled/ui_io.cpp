@@ -36,14 +36,20 @@ bool cRuledMainForm::loadFile(const char* path, bool merge) {
   // the view is built anew from what the document now holds.
   const sRulesFileResult result = merge ? myDoc.merge(path) : myDoc.open(path);
   if (result.outcome == sRulesFileResult::roCannotOpen) {
-    cMessageForm::errorbox(this, string(txCannotOpen), nullptr);
+    fileError(txCannotOpen, result);
     return false;
   }
   if (myLastFolder.empty() && path) myLastFolder = folderOf(path);
   redrawRules();
   // What could be read stays, shown behind the message.
-  if (!result.ok()) cMessageForm::errorbox(this, string(txCannotParse), nullptr);
+  if (!result.ok()) fileError(txCannotParse, result);
   return true;
+}
+
+void cRuledMainForm::fileError(int text, const sRulesFileResult& result) {
+  // The message first, then the file and what went wrong with it.
+  const std::string message = std::string(string(text)) + "\n" + result.message;
+  cMessageForm::errorbox(this, message.c_str(), nullptr);
 }
 
 void cRuledMainForm::saveSigs() {
@@ -60,8 +66,7 @@ void cRuledMainForm::saveSigs() {
 void cRuledMainForm::saveFile(const char* path) {
   if (!path) return;
   const sRulesFileResult result = myDoc.save(path);
-  if (result.outcome == sRulesFileResult::roCannotCreate)
-    cMessageForm::errorbox(this, string(txCannotCreate), nullptr);
-  else if (!result.ok())
-    cMessageForm::errorbox(this, string(txCannotWrite), nullptr);
+  if (!result.ok())
+    fileError(result.outcome == sRulesFileResult::roCannotCreate ? txCannotCreate : txCannotWrite,
+              result);
 }

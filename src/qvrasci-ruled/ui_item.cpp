@@ -190,7 +190,10 @@ void cRuledMainForm::newSig(tItem* item) {
 
 void cRuledMainForm::delSig(tItem* item) {
   auto* sig = item ? static_cast<cScanSignature*>(item->data) : nullptr;
-  if (!sig || !cMessageForm::warnconfirmbox(this, string(txDeleteQuestion), nullptr)) return;
+  if (!sig) return;
+  const std::string question =
+      std::string(string(txDeleteQuestion)) + "\n\"" + sig->name.c_str() + "\"";
+  if (!cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) return;
   // The view lets go of the item before the definition it points to goes.
   myTree.select(myTree.root(), true);
   myTree.remove(item);

@@ -1,6 +1,7 @@
 // Files, locks between processes, folders, wild cards and safe names.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <set>
@@ -100,6 +101,19 @@ TEST(FileIO, ReplaceWritesAWholeFileOrNone) {
   EXPECT_EQ(file_replace((dir / "none/rules").c_str(), "x", 1).failed, rsCreate);
   EXPECT_EQ(std::system(("test $(ls '" + std::string(dir.c_str()) + "' | wc -l) = 3").c_str()), 0)
       << "a partial file was left behind";
+
+  // Each step made to fail says so with its error, and leaves the old bytes and nothing else.
+  for (const eReplaceStep step : {rsCreate, rsWrite, rsFlush, rsRename}) {
+    file_replace_fail_at(step, ENOSPC);
+    const sReplaceResult failed = file_replace(target.c_str(), "third", 5);
+    file_replace_fail_at(rsNone, 0);
+    EXPECT_EQ(failed.failed, step);
+    EXPECT_EQ(failed.error, ENOSPC);
+    EXPECT_EQ(readFile(target), "second") << step;
+    EXPECT_EQ(std::system(("test $(ls '" + std::string(dir.c_str()) + "' | wc -l) = 3").c_str()), 0)
+        << step;
+  }
+  EXPECT_TRUE(file_replace(target.c_str(), "third", 5).ok());
 }
 
 TEST(FileIO, SetTimeTakesLocalTime) {

@@ -2,10 +2,12 @@
 // the tree and on the saved flag.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <functional>
 #include <string>
 
 #include "../common/tempdir.h"
+#include "base/files.h"
 #include "qvrasci-ruled/document.h"
 #include "zorb/csigtext.h"
 
@@ -73,11 +75,11 @@ TEST_F(Document, OpensEitherFormAndSavesTheFormItCameIn) {
 
 TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
   ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
-  doc.rename(find("Parent"), "Edited");
+  doc.rename(find("Parent"), "Renamed");
 
   // Not there: nothing changes.
   EXPECT_EQ(doc.open((dir / "missing.qrrs").c_str()).outcome, sRulesFileResult::roCannotOpen);
-  EXPECT_TRUE(find("Edited"));
+  EXPECT_TRUE(find("Renamed"));
   EXPECT_FALSE(doc.saved());
 
   // A folder that does not exist: nothing written, still unsaved.
@@ -87,7 +89,22 @@ TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
       << created.message;
   EXPECT_FALSE(doc.saved());
 
-  // Damaged: what was read stays, under the file's name.
+  // Any step of a save that fails leaves the set unsaved under its name, and the file whole.
+  for (const eReplaceStep step : {rsCreate, rsWrite, rsFlush, rsRename}) {
+    file_replace_fail_at(step, ENOSPC);
+    const sRulesFileResult failed = doc.save((dir / "rules.txt").c_str());
+    file_replace_fail_at(rsNone, 0);
+    EXPECT_FALSE(failed.ok()) << step;
+    EXPECT_NE(failed.message.find("No space left on device"), std::string::npos) << failed.message;
+    EXPECT_FALSE(doc.saved()) << step;
+    EXPECT_EQ(doc.path(), dir / "rules.txt");
+    EXPECT_EQ(readFile(dir / "rules.txt"), kRules) << step;
+  }
+  ASSERT_TRUE(doc.save((dir / "rules.txt").c_str()).ok());
+  EXPECT_TRUE(doc.saved());
+
+  // Damaged: what was read stays, unsaved and without the file's name, so that a save
+  // cannot put the part over the whole.
   const std::string rules = kRules;
   writeFile(dir / "cut.txt", rules.substr(0, rules.find("  definition")));
   const sRulesFileResult cut = doc.open((dir / "cut.txt").c_str());
@@ -96,9 +113,13 @@ TEST_F(Document, FilesThatFailLeaveWhatTheyShould) {
             std::string::npos)
       << cut.message;
   EXPECT_TRUE(find("Box"));
-  EXPECT_FALSE(find("Edited"));
-  EXPECT_EQ(doc.path(), dir / "cut.txt");
-  EXPECT_TRUE(doc.saved());
+  EXPECT_FALSE(find("Renamed"));
+  EXPECT_EQ(doc.path(), "");
+  EXPECT_FALSE(doc.saved());
+  // Merged, the part leaves the set unsaved even when it was empty.
+  doc.clear();
+  EXPECT_EQ(doc.merge((dir / "cut.txt").c_str()).outcome, sRulesFileResult::roDamaged);
+  EXPECT_FALSE(doc.saved());
 }
 
 TEST_F(Document, AMergeKeepsTheSetSavedOnlyWhenItWasEmpty) {
@@ -177,7 +198,7 @@ TEST_F(Document, EditsAndTheSavedFlag) {
        },
        true},
       {"rule removed",
-       [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_str()), true; }, false},
+       [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_str()), true; }, true},
   };
   for (const sCase& c : cases) {
     doc.open((dir / "rules.txt").c_str());
