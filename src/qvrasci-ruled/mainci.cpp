@@ -37,7 +37,42 @@ std::unique_ptr<cRuledMainForm> newMainForm() {
 
 } // namespace
 
+int editorCommandLine(int argc, char** argv, std::string& file, std::FILE* out, std::FILE* err) {
+  constexpr int kUsageError = 2;
+  bool options = true;
+  for (int i = 1; i < argc && argv && argv[i]; ++i) {
+    const std::string arg = argv[i];
+    if (options && (arg == "--help" || arg == "-h")) {
+      std::fprintf(out, "Usage: qvraci-ruled [RULES]\n"
+                        "The rules editor; it opens RULES, a rules file (*.qrrs) or a definition "
+                        "text, when one is named.\n"
+                        "  --help     this text\n"
+                        "  --version  the version\n");
+      return 0;
+    }
+    if (options && arg == "--version") {
+      std::fprintf(out, "qvraci-ruled 2.0\n");
+      return 0;
+    }
+    if (options && arg == "--") {
+      options = false;
+    } else if (options && arg.size() > 1 && arg[0] == '-') {
+      std::fprintf(err, "qvraci-ruled: unknown option %s (try --help)\n", arg.c_str());
+      return kUsageError;
+    } else if (!file.empty()) {
+      std::fprintf(err, "qvraci-ruled: one rules file at a time (try --help)\n");
+      return kUsageError;
+    } else {
+      file = arg;
+    }
+  }
+  return -1;
+}
+
 int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, char** argv) {
+  std::string file;
+  const int ended = editorCommandLine(argc, argv, file, stdout, stderr);
+  if (ended >= 0) return ended;
   setAppPath(argc > 0 && argv ? argv[0] : nullptr);
   cException::init();
   std::unique_ptr<cWindowMaker> maker = cWindowMaker::newWindowMaker(
@@ -51,7 +86,7 @@ int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, c
 
   std::unique_ptr<cRuledMainForm> form = newMainForm();
   // A rules file named on the command line opens once the window is up.
-  if (argc > 1 && argv && argv[1]) form->openAtStart(argv[1]);
+  if (!file.empty()) form->openAtStart(file.c_str());
   sRect place{-1, -1, kMainWidth, kMainHeight};
   maker->recommendMainWindowSize(place);
   // No owner: the window is the application's own, and the run ends when it closes.

@@ -3,15 +3,57 @@
 
 #include <sys/stat.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "../common/tempdir.h"
 #include "qvrasci-ruled/config.h"
 #include "qvrasci-ruled/mainci.h"
 
 namespace {
+
+// What the command line answers before any window opens: its exit status (-1: the editor
+// runs), the file it opens, and the start of what it writes to stdout and stderr.
+TEST(Startup, TheCommandLineAnswersHelpVersionAndMistakes) {
+  const struct {
+    std::vector<const char*> args;
+    int status;
+    const char *file, *out, *err;
+  } cases[] = {
+      {{}, -1, "", "", ""},
+      {{"rules.qrrs"}, -1, "rules.qrrs", "", ""},
+      {{"--", "-dash.qrrs"}, -1, "-dash.qrrs", "", ""},
+      {{"--help"}, 0, "", "Usage: qvraci-ruled [RULES]\n", ""},
+      {{"rules.qrrs", "-h"}, 0, "rules.qrrs", "Usage:", ""},
+      {{"--version"}, 0, "", "qvraci-ruled 2.0\n", ""},
+      {{"--bogus"}, 2, "", "", "qvraci-ruled: unknown option --bogus (try --help)\n"},
+      {{"a.qrrs", "b.qrrs"}, 2, "a.qrrs", "", "qvraci-ruled: one rules file at a time"},
+  };
+  for (const auto& c : cases) {
+    std::vector<char*> argv{const_cast<char*>("qvraci-ruled")};
+    for (const char* a : c.args) argv.push_back(const_cast<char*>(a));
+    char *outText = nullptr, *errText = nullptr;
+    size_t outSize = 0, errSize = 0;
+    std::FILE* out = open_memstream(&outText, &outSize);
+    std::FILE* err = open_memstream(&errText, &errSize);
+    std::string file;
+    const int status =
+        editorCommandLine(static_cast<int>(argv.size()), argv.data(), file, out, err);
+    std::fclose(out);
+    std::fclose(err);
+    const std::string what = c.args.empty() ? "(none)" : c.args[0];
+    EXPECT_EQ(status, c.status) << what;
+    EXPECT_EQ(file, c.file) << what;
+    EXPECT_EQ(std::string(outText).rfind(c.out, 0), 0u) << what << ": " << outText;
+    EXPECT_EQ(std::string(errText).rfind(c.err, 0), 0u) << what << ": " << errText;
+    EXPECT_EQ(*c.out == 0, outSize == 0) << what;
+    std::free(outText);
+    std::free(errText);
+  }
+}
 
 TEST(Startup, TheProgramFolderComesFromArgvZero) {
   const struct {
