@@ -188,6 +188,15 @@ public:
 private:
   void note(const std::string& message) { myResult.notes.push_back({myLine, message}); }
 
+  // Whether a line is a definition to read. Definitions and other uncommented lines count;
+  // an uncommented line that is no definition is noted as not having the expected shape. A
+  // commented one that is no definition is prose, and passes unseen.
+  bool takeLine(bool looksLikeOne, bool comment, const char* shape) {
+    if (looksLikeOne || !comment) ++myResult.lines;
+    if (!looksLikeOne && !comment) note(std::string("not \"") + shape + "\"");
+    return looksLikeOne;
+  }
+
   // extension, case (y or n), size, header, [footer], [keyword]; or "wildcard C".
   void carverLine(const std::vector<std::string>& w, bool comment) {
     if (w.size() == 2 && w[0] == "wildcard" && w[1].size() == 1) {
@@ -197,14 +206,7 @@ private:
     const bool looksLikeOne = w.size() >= 4 && w[1].size() == 1 &&
                               std::string("yYnN").find(w[1][0]) != std::string::npos &&
                               isNumber(w[2]);
-    if (!looksLikeOne) {
-      if (!comment) {
-        ++myResult.lines;
-        note("not \"extension case size header [footer] [keyword]\"");
-      }
-      return;
-    }
-    ++myResult.lines;
+    if (!takeLine(looksLikeOne, comment, "extension case size header [footer] [keyword]")) return;
     // Fields after the header: a footer, then perhaps a keyword.
     if (w.size() > 6 || (w.size() == 6 && !isKeyword(w[5])))
       return note("more fields than extension, case, size, header, footer and keyword");
@@ -251,14 +253,7 @@ private:
   void photorecLine(std::string_view text, bool comment) {
     const std::vector<std::string> w = words(text);
     const bool looksLikeOne = w.size() >= 3 && isNumber(w[1]);
-    if (!looksLikeOne) {
-      if (!comment) {
-        ++myResult.lines;
-        note("not \"extension offset signature\"");
-      }
-      return;
-    }
-    ++myResult.lines;
+    if (!takeLine(looksLikeOne, comment, "extension offset signature")) return;
     std::vector<sByte> magic;
     std::string why;
     if (!decodeMagic(afterWords(text, 2), magic, why)) return note(why);

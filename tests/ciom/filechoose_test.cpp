@@ -43,9 +43,7 @@ protected:
     touch(dir + "/\xff\xfe.qrrs"); // not UTF-8
     touch(dir + "/sub/inner.qrrs");
     owner = std::make_unique<cCustomForm>();
-    holder.reset(ns().asyncwnd("owner", 800, 600, owner.get(), nullptr, true, -1, -1));
-    ASSERT_NE(holder, nullptr);
-    nsoff::runUntilIdle();
+    holder = open(owner.get(), 800, 600, -1, -1);
   }
   void TearDown() override {
     nsoff::setIdleHook(nullptr);

@@ -48,8 +48,7 @@ protected:
   // Opens the root in a 200 × 100 window at the scale and returns the window's info.
   nsoff::sWindowInfo open(cScaleRoot& root, double scale) {
     nsoff::setScale(scale);
-    holder.reset(ns().asyncwnd("scale", 200, 100, &root, nullptr, true, -1, -1));
-    nsoff::runUntilIdle();
+    holder = cOffscreenTest::open(&root, 200, 100, -1, -1);
     return nsoff::topWindow();
   }
   static unsigned pixel(cairo_surface_t* s, int x, int y) {

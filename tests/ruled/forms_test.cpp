@@ -22,9 +22,7 @@ protected:
   void SetUp() override {
     cOffscreenTest::SetUp();
     owner = std::make_unique<cCustomForm>();
-    holder.reset(ns().asyncwnd("owner", 801, 600, owner.get(), nullptr, true, 0, 0));
-    ASSERT_NE(holder, nullptr);
-    nsoff::runUntilIdle();
+    holder = open(owner.get(), 801, 600);
   }
   void TearDown() override {
     holder.reset();
