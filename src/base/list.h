@@ -8,6 +8,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 class cBiList;
 
@@ -34,6 +35,11 @@ public:
   std::unique_ptr<cListItem> remove(cListItem* item);   // null if not in this list
   std::unique_ptr<cListItem> removeFirst();
   void destroy(); // deletes every item
+  void swap(cList& other) noexcept {
+    std::swap(myFirst, other.myFirst);
+    std::swap(myLast, other.myLast);
+    std::swap(myCount, other.myCount);
+  }
 
   cListItem* first() const { return myFirst; }
   cListItem* last() const { return myLast; }

@@ -62,9 +62,9 @@ cTreeItem* cTree::add(cTreeItem* parent, std::unique_ptr<cTreeItem> owned) {
   return item;
 }
 
-cTreeItem* cTree::insertAfter(cTreeItem* after, std::unique_ptr<cTreeItem> owned) {
+cTreeItem* cTree::insert(cTreeItem* parent, cTreeItem* after, std::unique_ptr<cTreeItem> owned) {
   cTreeItem* item = owned.release();
-  link(after->myParent, after, item);
+  link(parentSlot(parent), after, item);
   return item;
 }
 
@@ -74,11 +74,11 @@ std::unique_ptr<cTreeItem> cTree::remove(cTreeItem* item) {
   return std::unique_ptr<cTreeItem>(item);
 }
 
-bool cTree::move(cTreeItem* item, cTreeItem* newParent) {
+bool cTree::move(cTreeItem* item, cTreeItem* newParent, cTreeItem* after) {
   if (!item || !item->myParent || (newParent && newParent->isWithin(item))) return false;
+  if (after == item) return true; // it stays where it is
   unlink(item);
-  cTreeItem* slot = parentSlot(newParent);
-  link(slot, slot->myLastChild, item);
+  link(parentSlot(newParent), after, item);
   return true;
 }
 

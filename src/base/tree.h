@@ -48,16 +48,19 @@ public:
 
   // Appends item as the last child of parent (a top-level item for null parent).
   cTreeItem* add(cTreeItem* parent, std::unique_ptr<cTreeItem> item);
-  // Inserts item as a sibling directly after `after` (which must be in this tree).
-  cTreeItem* insertAfter(cTreeItem* after, std::unique_ptr<cTreeItem> item);
+  // Inserts item under parent (top level for null) directly after `after`, a child of
+  // parent, or as the first child for null.
+  cTreeItem* insert(cTreeItem* parent, cTreeItem* after, std::unique_ptr<cTreeItem> item);
   // Detaches item with its subtree.
   std::unique_ptr<cTreeItem> remove(cTreeItem* item);
-  // Moves item (with its subtree) under newParent as its last child; refused (false)
-  // when newParent lies inside item's own subtree.
-  bool move(cTreeItem* item, cTreeItem* newParent);
+  // Moves item (with its subtree) under newParent, directly after `after` (a child of
+  // newParent, or null for the first place); refused (false) when newParent lies inside
+  // item's own subtree.
+  bool move(cTreeItem* item, cTreeItem* newParent, cTreeItem* after);
   void destroy();
 
   cTreeItem* first() const { return myRoot.myFirstChild; }
+  cTreeItem* last() const { return myRoot.myLastChild; } // the last top-level item
   long long topCount() const { return myRoot.myChildCount; }
   long long count() const; // all items
 

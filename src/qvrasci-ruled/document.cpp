@@ -24,6 +24,38 @@ std::string safeExtension(const char* text) {
   return ext;
 }
 
+// Text rules come in pairs (the block is text; the file ends where the text does): drops
+// those of the other kind, then adds the chosen pair where missing. True when anything
+// changed.
+bool setTextRules(cScanSignature& sig, cRulesDocument::eContent content) {
+  const bool ascii = content == cRulesDocument::ctAscii;
+  const bool unicode = content == cRulesDocument::ctUnicode;
+  bool changed = false;
+  auto drop = [&](eRuleType start, eEndRuleType end) {
+    while (cScanSigRule* r = sig.first_typed_str(start)) changed = sig.remove(r) || changed;
+    while (cScanSigEndRule* r = sig.first_typed_end(end)) changed = sig.remove(r) || changed;
+  };
+  if (!ascii) drop(rtIsAsciiText, etAsciiTextEnd);
+  if (!unicode) drop(rtIsUnicodeText, etUnicodeTextEnd);
+  if (ascii && !sig.first_typed_str(rtIsAsciiText)) {
+    sig.addStrRule(std::make_unique<cScanSigRuleIsStr>());
+    changed = true;
+  }
+  if (ascii && !sig.first_typed_end(etAsciiTextEnd)) {
+    sig.addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
+    changed = true;
+  }
+  if (unicode && !sig.first_typed_str(rtIsUnicodeText)) {
+    sig.addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
+    changed = true;
+  }
+  if (unicode && !sig.first_typed_end(etUnicodeTextEnd)) {
+    sig.addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
+    changed = true;
+  }
+  return changed;
+}
+
 } // namespace
 
 int cRulesDocument::count(int hitMode) const {
@@ -33,25 +65,66 @@ int cRulesDocument::count(int hitMode) const {
   return n;
 }
 
-void cRulesDocument::setSaved(bool saved) {
-  const bool news = saved != mySaved;
-  mySaved = saved;
-  if (news && myListener) myListener();
-}
-
 void cRulesDocument::setPath(const std::string& path) {
   const bool news = path != myPath;
   myPath = path;
-  if (news && myListener) myListener();
+  notifyIf(news);
+}
+
+void cRulesDocument::commit(cEditHistory::tStep step) {
+  const bool was = saved();
+  myHistory.add(std::move(step));
+  notifyIf(was != saved());
+}
+
+void cRulesDocument::commit(tChange change) {
+  cEditHistory::tStep step;
+  step.push_back(std::move(change));
+  commit(std::move(step));
+}
+
+template <class Edit> bool cRulesDocument::editContent(cScanSignature* sig, Edit edit) {
+  std::unique_ptr<cScanSignature> before = sig->copy();
+  if (!edit()) return false;
+  if (before) {
+    commit(tChange::content(sig, std::move(before)));
+  } else {
+    // A rule that no longer compiles cannot be copied: the edit stands, but the steps
+    // before it can no longer be undone to a faithful state.
+    const bool was = saved();
+    myHistory.clear(false);
+    notifyIf(was);
+  }
+  return true;
+}
+
+// ---- history ------------------------------------------------------------------------------
+
+bool cRulesDocument::undo(cScanSignature*& touched) {
+  if (!canUndo()) return false;
+  const bool was = saved();
+  touched = myHistory.undo(myTree);
+  notifyIf(was != saved());
+  return true;
+}
+
+bool cRulesDocument::redo(cScanSignature*& touched) {
+  if (!canRedo()) return false;
+  const bool was = saved();
+  touched = myHistory.redo(myTree);
+  notifyIf(was != saved());
+  return true;
 }
 
 // ---- files --------------------------------------------------------------------------------
 
 void cRulesDocument::clear() {
+  const bool was = saved();
+  myHistory.clear(true);
   myTree.destroy();
   myForm = rfBinary;
   setPath("");
-  setSaved(true);
+  notifyIf(!was);
 }
 
 sRulesFileResult cRulesDocument::open(const char* path) {
@@ -59,19 +132,30 @@ sRulesFileResult cRulesDocument::open(const char* path) {
   eRulesForm form = rfBinary;
   sRulesFileResult result = loadRulesFile(path, read, &form);
   if (result.outcome == sRulesFileResult::roCannotOpen) return result;
+  const bool was = saved();
+  myHistory.clear(result.ok());
   myTree.destroy();
   while (cTreeItem* top = read.first()) myTree.cTree::add(nullptr, read.remove(top));
   myForm = form;
   setPath(result.ok() ? path : "");
-  setSaved(result.ok());
+  notifyIf(was != saved());
   return result;
 }
 
 sRulesFileResult cRulesDocument::merge(const char* path) {
   const bool wasEmpty = empty();
-  sRulesFileResult result = loadRulesFile(path, myTree);
+  cCustomSignaturesTree read;
+  sRulesFileResult result = loadRulesFile(path, read);
   if (result.outcome == sRulesFileResult::roCannotOpen) return result;
-  setSaved(wasEmpty && result.ok());
+  cEditHistory::tStep step;
+  while (cTreeItem* top = read.first()) {
+    auto* sig = static_cast<cScanSignature*>(myTree.cTree::add(nullptr, read.remove(top)));
+    step.push_back(tChange::placed(sig));
+  }
+  const bool was = saved();
+  myHistory.add(std::move(step));
+  if (wasEmpty && result.ok()) myHistory.markSaved(); // as if it had been opened
+  notifyIf(was != saved());
   return result;
 }
 
@@ -81,7 +165,9 @@ sRulesFileResult cRulesDocument::save(const char* path) {
   if (!result.ok()) return result;
   myForm = form;
   setPath(path);
-  setSaved(true);
+  const bool was = saved();
+  myHistory.markSaved();
+  notifyIf(!was);
   return result;
 }
 
@@ -92,50 +178,119 @@ cScanSignature* cRulesDocument::addDefinition(cScanSignature* parent, const char
   fresh->create(name, "undefined");
   fresh->hitMode = cScanSignature::hmNever;
   cScanSignature* sig = myTree.add(parent, std::move(fresh));
-  changed();
+  commit(tChange::placed(sig));
   return sig;
 }
 
 void cRulesDocument::deleteDefinition(cScanSignature* sig) {
   if (!sig) return;
-  myTree.remove(sig);
-  changed();
+  tChange change = tChange::placed(sig);
+  change.toggle(myTree); // takes it out, and holds it for an undo
+  commit(std::move(change));
+}
+
+bool cRulesDocument::move(cScanSignature* sig, cScanSignature* parent, cScanSignature* after) {
+  if (!sig || (parent && parent->isWithin(sig)) || after == sig) return false;
+  if (sig->parentSig() == parent && sig->prev() == after) return false;
+  tChange change = tChange::moved(sig, parent, after);
+  change.toggle(myTree); // goes there, and remembers where it was
+  commit(std::move(change));
+  return true;
+}
+
+cScanSignature* cRulesDocument::duplicate(cScanSignature* sig) {
+  cCustomSignaturesTree copy;
+  if (!sig || !cCustomSignaturesTree::copySubtree(*sig, copy)) return nullptr;
+  auto* made =
+      static_cast<cScanSignature*>(myTree.insert(sig->parentSig(), sig, copy.remove(copy.first())));
+  commit(tChange::placed(made));
+  return made;
+}
+
+bool cRulesDocument::textOf(const cScanSignature* sig, std::string& text, std::string& why) {
+  cCustomSignaturesTree copy;
+  if (!sig || !cCustomSignaturesTree::copySubtree(*sig, copy)) {
+    why = "a rule of the definition cannot be copied";
+    return false;
+  }
+  return rulesToText(copy, text, why);
+}
+
+bool cRulesDocument::paste(std::string_view text, cScanSignature* parent, cScanSignature*& first,
+                           sRulesTextError& error) {
+  // Definitions copied from a text file often come without the header line: the text is
+  // read as if it had one, and lines are counted in what was given.
+  std::string withHeader;
+  const bool headed = looksLikeRulesText(text);
+  if (!headed) {
+    withHeader = std::string(kRulesTextHeader) + "\n" + std::string(text);
+    text = withHeader;
+  }
+  cCustomSignaturesTree read;
+  if (!rulesFromText(text, read, error)) {
+    if (!headed && error.line > 0) --error.line;
+    return false;
+  }
+  if (!read.first()) {
+    error = {0, "there are no definitions in the text"};
+    return false;
+  }
+  cEditHistory::tStep step;
+  first = nullptr;
+  while (cTreeItem* top = read.first()) {
+    cScanSignature* sig = myTree.add(
+        parent,
+        std::unique_ptr<cScanSignature>(static_cast<cScanSignature*>(read.remove(top).release())));
+    if (!first) first = sig;
+    step.push_back(tChange::placed(sig));
+  }
+  commit(std::move(step));
+  return true;
 }
 
 bool cRulesDocument::rename(cScanSignature* sig, const char* name) {
   if (!name || !*name || std::strcmp(name, sig->name.c_str()) == 0) return false;
-  sig->name.set(name);
-  changed();
-  return true;
+  return editContent(sig, [&] {
+    sig->name.set(name);
+    return true;
+  });
 }
 
 bool cRulesDocument::setExtension(cScanSignature* sig, const char* text) {
   if (!text || !*text || std::strcmp(text, sig->ext.c_str()) == 0) return false;
   _guardchar<char> path(text);
   cFolderContents::adjustPath(path);
-  sig->ext.set(safeExtension(path.c_str()).c_str());
-  changed();
-  return true;
+  const std::string ext = safeExtension(path.c_str());
+  return editContent(sig, [&] {
+    sig->ext.set(ext.c_str());
+    return true;
+  });
 }
 
 cRulesDocument::eModeChange cRulesDocument::setHitMode(cScanSignature* sig, int hitMode) {
   if (hitMode == sig->hitMode) return mcUnchanged;
   if (hitMode != cScanSignature::hmNever && !sig->hasStrRules()) return mcNoRules;
-  sig->hitMode = hitMode;
-  changed();
+  editContent(sig, [&] {
+    sig->hitMode = hitMode;
+    return true;
+  });
   return mcChanged;
 }
 
 void cRulesDocument::setAllRules(cScanSignature* sig, bool allRules) {
   if (sig->allRules == allRules) return;
-  sig->allRules = allRules;
-  changed();
+  editContent(sig, [&] {
+    sig->allRules = allRules;
+    return true;
+  });
 }
 
 void cRulesDocument::setSubset(cScanSignature* sig, std::unique_ptr<cScanSigSubset> subset) {
   if (!sig->subset && !subset) return;
-  sig->subset = std::move(subset);
-  changed();
+  editContent(sig, [&] {
+    sig->subset = std::move(subset);
+    return true;
+  });
 }
 
 cRulesDocument::eContent cRulesDocument::content(const cScanSignature* sig) {
@@ -145,86 +300,58 @@ cRulesDocument::eContent cRulesDocument::content(const cScanSignature* sig) {
 }
 
 void cRulesDocument::setContent(cScanSignature* sig, eContent content) {
-  // Text rules come in pairs (the block is text; the file ends where the text does): drop
-  // those of the other kinds, then add the chosen pair where missing.
-  const struct {
-    eContent content;
-    eRuleType start;
-    eEndRuleType end;
-  } kPairs[] = {{ctAscii, rtIsAsciiText, etAsciiTextEnd},
-                {ctUnicode, rtIsUnicodeText, etUnicodeTextEnd}};
-  for (const auto& pair : kPairs) {
-    if (pair.content == content) continue;
-    while (cScanSigRule* r = sig->first_typed_str(pair.start)) sig->remove(r);
-    while (cScanSigEndRule* r = sig->first_typed_end(pair.end)) sig->remove(r);
-  }
-  if (content == ctAscii) {
-    if (!sig->first_typed_str(rtIsAsciiText))
-      sig->addStrRule(std::make_unique<cScanSigRuleIsStr>());
-    if (!sig->first_typed_end(etAsciiTextEnd))
-      sig->addEndRule(std::make_unique<cScanSigEndRuleIsStrEnd>());
-  } else if (content == ctUnicode) {
-    if (!sig->first_typed_str(rtIsUnicodeText))
-      sig->addStrRule(std::make_unique<cScanSigRuleIsUniStr>());
-    if (!sig->first_typed_end(etUnicodeTextEnd))
-      sig->addEndRule(std::make_unique<cScanSigEndRuleIsUniStrEnd>());
-  }
-  changed();
+  editContent(sig, [&] { return setTextRules(*sig, content); });
 }
 
 // ---- rules --------------------------------------------------------------------------------
 
 cScanSigRule* cRulesDocument::addStartRule(cScanSignature* sig,
                                            std::unique_ptr<cScanSigRule> rule) {
-  if (!rule) return nullptr;
-  changed();
-  return sig->addStrRule(std::move(rule));
+  cScanSigRule* added = nullptr;
+  if (rule) editContent(sig, [&] { return (added = sig->addStrRule(std::move(rule))) != nullptr; });
+  return added;
 }
 
 cScanSigEndRule* cRulesDocument::addEndRule(cScanSignature* sig,
                                             std::unique_ptr<cScanSigEndRule> rule) {
-  if (!rule) return nullptr;
-  changed();
-  return sig->addEndRule(std::move(rule));
+  cScanSigEndRule* added = nullptr;
+  if (rule) editContent(sig, [&] { return (added = sig->addEndRule(std::move(rule))) != nullptr; });
+  return added;
 }
 
-bool cRulesDocument::setStartRule(cScanSigRuleUniHexMatch* rule, const char* pattern,
-                                  unsigned int blockSize, unsigned int position) {
+bool cRulesDocument::setStartRule(cScanSignature* sig, cScanSigRuleUniHexMatch* rule,
+                                  const char* pattern, unsigned int blockSize,
+                                  unsigned int position) {
   if (static_cast<unsigned int>(rule->blockSize()) == blockSize &&
       static_cast<unsigned int>(rule->offset()) == position &&
       std::strcmp(rule->text(), pattern) == 0)
     return false;
-  if (!rule->create(pattern, blockSize, position)) return false;
-  changed();
-  return true;
+  return editContent(sig, [&] { return rule->create(pattern, blockSize, position); });
 }
 
-bool cRulesDocument::setEndRule(cScanSigEndRuleUniHex* rule, const char* pattern,
-                                unsigned int distance) {
+bool cRulesDocument::setEndRule(cScanSignature* sig, cScanSigEndRuleUniHex* rule,
+                                const char* pattern, unsigned int distance) {
   if (rule->distance() == distance && std::strcmp(rule->text(), pattern) == 0) return false;
-  if (!rule->create(pattern, distance)) return false;
-  changed();
-  return true;
+  return editContent(sig, [&] { return rule->create(pattern, distance); });
 }
 
-bool cRulesDocument::setSizeRule(cScanSigEndRuleMatchSize* rule, unsigned int offset,
-                                 unsigned char bytes, unsigned int increment,
+bool cRulesDocument::setSizeRule(cScanSignature* sig, cScanSigEndRuleMatchSize* rule,
+                                 unsigned int offset, unsigned char bytes, unsigned int increment,
                                  unsigned int multiplier, bool bigEndian) {
   if (rule->fieldOffset() == offset && rule->fieldBytes() == bytes &&
       rule->increment() == increment && rule->multiplier() == multiplier &&
       rule->bigEndian() == bigEndian)
     return false;
-  rule->create(offset, bytes, increment, multiplier, bigEndian);
-  changed();
-  return true;
+  return editContent(sig, [&] {
+    rule->create(offset, bytes, increment, multiplier, bigEndian);
+    return true;
+  });
 }
 
 void cRulesDocument::removeRule(cScanSignature* sig, cScanSigRule* rule) {
-  sig->remove(rule);
-  changed();
+  editContent(sig, [&] { return sig->remove(rule) != nullptr; });
 }
 
 void cRulesDocument::removeRule(cScanSignature* sig, cScanSigEndRule* rule) {
-  sig->remove(rule);
-  changed();
+  editContent(sig, [&] { return sig->remove(rule) != nullptr; });
 }

@@ -1,6 +1,7 @@
 #include "ui.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "about.h"
 #include "ciom/messageform.h"
@@ -170,10 +171,9 @@ void cRuledMainForm::testSamples() {
 }
 
 void cRuledMainForm::showDefinition(const cScanSignature* sig) {
-  tItem* item = myTree.find(sig);
+  tItem* item = sig ? myTree.find(sig) : myTree.root();
   if (!item) return;
-  for (tItem* p = myTree.parentItem(item); p; p = myTree.parentItem(p)) myTree.expand(p, false);
-  myTree.select(item, false);
+  myTree.select(item, false); // opens its parents
   activate(static_cast<cScanSignature*>(item->data));
 }
 
@@ -204,6 +204,10 @@ bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
       onTool(command);
       return true;
     }
+  }
+  if (ctrl && !alt && (key == 'Z' || (key == 'Y' && !shift))) {
+    undo(key == 'Y' || shift);
+    return true;
   }
   // Delete on a selected definition in the tree asks, as its menu's Delete does.
   if (key == kKeyDelete && !shift && !ctrl && !alt && myTree.isChild(getFocused()) &&
@@ -288,12 +292,16 @@ int cRuledMainForm::treePicture(const cScanSignature* sig) {
 
 namespace {
 
-void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanSignature* first) {
+using tCollapsed = std::unordered_set<const void*>;
+
+void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanSignature* first,
+              const tCollapsed& collapsed) {
   for (cScanSignature* sig = first; sig; sig = sig->nextSig()) {
     auto* item =
         new cTreeViewChild::cTreeViewItem(sig->name.c_str(), sig, cRuledMainForm::treePicture(sig));
+    item->collapsed = collapsed.count(sig) != 0;
     tree.storeUnder(under, item);
-    addItems(tree, item, sig->firstChildSig());
+    addItems(tree, item, sig->firstChildSig(), collapsed);
   }
 }
 
@@ -302,10 +310,32 @@ void addItems(cTreeViewChild& tree, cTreeViewChild::cTreeViewItem* under, cScanS
 void cRuledMainForm::redrawRules() {
   myTree.startChanges();
   myTree.remove_under(myTree.root());
-  addItems(myTree, myTree.root(), myDoc.tree().firstSig());
+  addItems(myTree, myTree.root(), myDoc.tree().firstSig(), {});
   myTree.endChanges();
   myTree.select(myTree.root(), false);
   activateMain();
+}
+
+void cRuledMainForm::rebuildTree(const cScanSignature* show) {
+  // Built anew from the document: branches that were closed stay closed (their nodes keep
+  // their identity through edits) and the rows stay where they were on the screen.
+  tCollapsed collapsed;
+  for (cTreeItem* i = myTree.root()->firstChild(); i; i = i->nextInOrder(myTree.root())) {
+    const auto* item = static_cast<const tItem*>(i);
+    if (item->collapsed) collapsed.insert(item->data);
+  }
+  const sPoint scroll = myTree.scrollOffset();
+  myTree.startChanges();
+  myTree.remove_under(myTree.root());
+  addItems(myTree, myTree.root(), myDoc.tree().firstSig(), collapsed);
+  myTree.endChanges();
+  myTree.scrollTo(scroll.x, scroll.y);
+  showDefinition(show);
+}
+
+void cRuledMainForm::undo(bool redo) {
+  cScanSignature* touched = nullptr;
+  if (redo ? myDoc.redo(touched) : myDoc.undo(touched)) rebuildTree(touched);
 }
 
 void cRuledMainForm::setTreePicture(cScanSignature* sig) {

@@ -76,9 +76,15 @@ public:
   // --- views
   void activateMain();
   void activate(cScanSignature* sig);
-  // Selects a definition in the tree (its parents opened) and shows it beside.
+  // Selects a definition in the tree (its parents opened) and shows it beside; null: the
+  // root and the statistics.
   void showDefinition(const cScanSignature* sig);
+  // The tree built anew from a document just loaded, the root selected.
   void redrawRules();
+  // The tree built anew after an edit of its shape, then sig shown (null: the root).
+  void rebuildTree(const cScanSignature* show);
+  // Undoes the last step, or redoes the next, and shows the definition it touched.
+  void undo(bool redo);
 
   // --- the tree's contents
   void newSig(tItem* item);

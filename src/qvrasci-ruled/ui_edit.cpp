@@ -202,7 +202,7 @@ void cRuledMainForm::editStartRule(cScanSigRule* rule) {
   def.position = static_cast<unsigned>(hex->offset());
   def.blockSize = static_cast<unsigned>(hex->blockSize());
   if (!cDefSigRuleForm::defSigRule(this, def)) return;
-  if (!myDoc.setStartRule(hex, def.pattern.c_str(), def.blockSize, def.position)) return;
+  if (!myDoc.setStartRule(myCurrent, hex, def.pattern.c_str(), def.blockSize, def.position)) return;
   for (const auto& [row, r] : myStrRows)
     if (r == rule) mySheet.setPropertyVal(kStartRules, row, describe(rule));
 }
@@ -227,8 +227,8 @@ void cRuledMainForm::editEndRule(cScanSigEndRule* rule) {
          def.addend == old.addend))
       return;
     const sSizeField field(def);
-    if (!myDoc.setSizeRule(size, field.offset, field.bytes, field.increment, field.multiplier,
-                           field.bigEndian))
+    if (!myDoc.setSizeRule(myCurrent, size, field.offset, field.bytes, field.increment,
+                           field.multiplier, field.bigEndian))
       return;
   } else {
     auto* hex = static_cast<cScanSigEndRuleUniHex*>(rule);
@@ -236,7 +236,7 @@ void cRuledMainForm::editEndRule(cScanSigEndRule* rule) {
     def.pattern.set(hex->text());
     def.bytesAfter = hex->distance();
     if (!cDefSigOffsetForm::defSigOffset(this, def) ||
-        !myDoc.setEndRule(hex, def.pattern.c_str(), def.bytesAfter))
+        !myDoc.setEndRule(myCurrent, hex, def.pattern.c_str(), def.bytesAfter))
       return;
   }
   mySheet.setPropertyVal(kEndRules, row, describe(rule));
@@ -289,7 +289,10 @@ void cRuledMainForm::newEnd() {
 
 void cRuledMainForm::rmRule() {
   if (!myCurrent || (!mySelStr && !mySelEnd)) return;
-  if (!cMessageForm::warnconfirmbox(this, string(txDeleteQuestion), nullptr)) return;
+  // The question names the rule as its row describes it.
+  const std::string question = std::string(string(txDeleteRuleQuestion)) + "\n" +
+                               (mySelStr ? describe(mySelStr) : describe(mySelEnd));
+  if (!cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) return;
   if (mySelStr)
     myDoc.removeRule(myCurrent, mySelStr);
   else

@@ -194,11 +194,18 @@ void cRuledMainForm::delSig(tItem* item) {
   const std::string question =
       std::string(string(txDeleteQuestion)) + "\n\"" + sig->name.c_str() + "\"";
   if (!cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) return;
+  // The selection goes to the next sibling, else the previous, else the parent, and the
+  // rows stay where they were.
+  cScanSignature* next = sig->nextSig();
+  if (!next) next = static_cast<cScanSignature*>(sig->prev());
+  if (!next) next = sig->parentSig();
+  const sPoint scroll = myTree.scrollOffset();
   // The view lets go of the item before the definition it points to goes.
-  myTree.select(myTree.root(), true);
+  myTree.select(next ? myTree.find(next) : myTree.root(), true);
   myTree.remove(item);
   myDoc.deleteDefinition(sig);
-  activateMain();
+  myTree.scrollTo(scroll.x, scroll.y);
+  activate(next);
 }
 
 void cRuledMainForm::contextMenu(cTreeViewChild::cTreeItemCtxAction* action) {

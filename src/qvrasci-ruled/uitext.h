@@ -66,4 +66,13 @@ enum eRuledMainText {
   txTest = 70,
   txTestHint = 71,
   txTestFolder = 72,
+  txDeleteRuleQuestion = 73,
+  txCut = 74,
+  txCopy = 75,
+  txPaste = 76,
+  txDuplicate = 77,
+  txCannotPaste = 78,
+  txCannotCopy = 79,
+  txFind = 80,
+  txDefinitionText = 81, // the name of the text form's filter
 };

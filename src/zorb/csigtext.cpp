@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr char kHeader[] = "qvraci-rules text 1";
 constexpr unsigned int kMaxPatternText = 0xFFFF; // kept with a 16-bit length
 constexpr unsigned long long kMaxSigned = 0x7FFFFFFF;
 constexpr unsigned long long kMaxU32 = 0xFFFFFFFF;
@@ -382,9 +381,9 @@ public:
     if (content.empty() || content.front() == '#') return true;
     if (content.find('\0') != std::string_view::npos) return fail("the line holds a zero byte");
     if (!myHeader) {
-      if (content != kHeader)
-        return fail(std::string("this is not a definition text: it must begin with \"") + kHeader +
-                    "\"");
+      if (content != kRulesTextHeader)
+        return fail(std::string("this is not a definition text: it must begin with \"") +
+                    kRulesTextHeader + "\"");
       myHeader = true;
       return true;
     }
@@ -406,7 +405,8 @@ public:
   bool finish() {
     if (!myHeader) {
       myLine = 0;
-      return fail(std::string("the text is empty: it must begin with \"") + kHeader + "\"");
+      return fail(std::string("the text is empty: it must begin with \"") + kRulesTextHeader +
+                  "\"");
     }
     if (myOpen.empty()) return true;
     myLine = myOpen.back().line;
@@ -632,7 +632,7 @@ private:
 } // namespace
 
 bool rulesToText(const cCustomSignaturesTree& tree, std::string& text, std::string& error) {
-  std::string out = std::string(kHeader) + "\n";
+  std::string out = std::string(kRulesTextHeader) + "\n";
   int open = 0; // definitions whose closing brace is still due
   for (const cTreeItem* p = tree.first(); p; p = p->nextInOrder()) {
     const auto& node = static_cast<const cScanSignature&>(*p);

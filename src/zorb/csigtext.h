@@ -40,6 +40,9 @@
 
 #include "customsig.h"
 
+// The header line of the present version.
+inline constexpr char kRulesTextHeader[] = "qvraci-rules text 1";
+
 struct sRulesTextError {
   int line = 0; // 1-based; 0 when it is about the whole text
   std::string message;

@@ -1,5 +1,7 @@
 #include "customsig.h"
 
+#include <utility>
+
 // ---- cScanSignature ---------------------------------------------------------------------
 
 void cScanSignature::create(const char* newName, const char* newExt) {
@@ -27,6 +29,16 @@ std::unique_ptr<cScanSignature> cScanSignature::copy() const {
     c->addEndRule(std::move(rule));
   }
   return c;
+}
+
+void cScanSignature::swapContent(cScanSignature& other) noexcept {
+  std::swap(name, other.name);
+  std::swap(ext, other.ext);
+  std::swap(hitMode, other.hitMode);
+  std::swap(allRules, other.allRules);
+  subset.swap(other.subset);
+  myStrRules.swap(other.myStrRules);
+  myEndRules.swap(other.myEndRules);
 }
 
 cScanSigRule* cScanSignature::addStrRule(std::unique_ptr<cScanSigRule> rule) {
@@ -168,24 +180,38 @@ bool cCustomSignaturesTree::shouldEnd(cScanSignature* node, const unsigned char*
   return false;
 }
 
-bool cCustomSignaturesTree::copyTo(cCustomSignaturesTree& into, tNodeOrigins& origins) const {
-  into.destroy();
-  origins.clear();
+cScanSignature* cCustomSignaturesTree::copySubtree(const cScanSignature& top,
+                                                   cCustomSignaturesTree& into,
+                                                   tNodeOrigins* origins) {
   // In tree order a parent is copied before its children, and siblings in their order, so
   // appending each copy under its parent's copy keeps every place.
   std::unordered_map<const cScanSignature*, cScanSignature*> copies;
-  for (const cTreeItem* i = first(); i; i = i->nextInOrder()) {
+  cScanSignature* made = nullptr;
+  for (const cTreeItem* i = &top; i; i = i->nextInOrder(&top)) {
     const auto* node = static_cast<const cScanSignature*>(i);
     std::unique_ptr<cScanSignature> copied = node->copy();
     if (!copied) {
+      into.remove(made).reset();
+      return nullptr;
+    }
+    cScanSignature* parent = node == &top ? nullptr : copies.at(node->parentSig());
+    cScanSignature* added = into.add(parent, std::move(copied));
+    if (!made) made = added;
+    copies.emplace(node, added);
+    if (origins) origins->emplace(added, node);
+  }
+  return made;
+}
+
+bool cCustomSignaturesTree::copyTo(cCustomSignaturesTree& into, tNodeOrigins& origins) const {
+  into.destroy();
+  origins.clear();
+  for (const cScanSignature* top = firstSig(); top; top = top->nextSig()) {
+    if (!copySubtree(*top, into, &origins)) {
       into.destroy();
       origins.clear();
       return false;
     }
-    cScanSignature* parent = node->parentSig() ? copies.at(node->parentSig()) : nullptr;
-    cScanSignature* added = into.add(parent, std::move(copied));
-    copies.emplace(node, added);
-    origins.emplace(added, node);
   }
   return true;
 }

@@ -31,6 +31,9 @@ public:
   // A node with the same names, modes, rules and subset (their clone()s) and no children,
   // and no file open; null when a rule cannot be copied (its pattern no longer compiles).
   std::unique_ptr<cScanSignature> copy() const;
+  // Exchanges names, modes, rules and subset with other; places in a tree and the state of
+  // a scan stay.
+  void swapContent(cScanSignature& other) noexcept;
 
   cScanSigRule* addStrRule(std::unique_ptr<cScanSigRule> rule);
   cScanSigEndRule* addEndRule(std::unique_ptr<cScanSigEndRule> rule);
@@ -102,6 +105,10 @@ public:
   // once, each on a copy of its own. origins receives, for each node made, the node it
   // copies. False, with `into` empty, when a rule cannot be copied.
   bool copyTo(cCustomSignaturesTree& into, tNodeOrigins& origins) const;
+  // Appends a copy of top with everything under it to into's top level, and returns it;
+  // null, with into as it was, when a rule cannot be copied. origins as for copyTo.
+  static cScanSignature* copySubtree(const cScanSignature& top, cCustomSignaturesTree& into,
+                                     tNodeOrigins* origins = nullptr);
 
   // The definition that recognises a file start in this block, or null (also when the
   // node found is a container).

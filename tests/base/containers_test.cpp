@@ -137,17 +137,24 @@ TEST(Tree, BuildsWalksMovesAndOwns) {
     cTreeItem* b = t.add(nullptr, std::make_unique<sNode>("b"));
     cTreeItem* a1 = t.add(a, std::make_unique<sNode>("a1"));
     t.add(a1, std::make_unique<sNode>("a1x"));
-    t.insertAfter(a1, std::make_unique<sNode>("a2"));
-    EXPECT_EQ(outline(t), "a .a1 ..a1x .a2 b ");
+    t.insert(a, a1, std::make_unique<sNode>("a2"));
+    t.insert(nullptr, nullptr, std::make_unique<sNode>("z"));
+    EXPECT_EQ(outline(t), "z a .a1 ..a1x .a2 b ");
+    t.remove(t.first()).reset();
     EXPECT_EQ(t.count(), 5);
     EXPECT_EQ(t.topCount(), 2);
     EXPECT_EQ(a->childCount(), 2);
     EXPECT_EQ(a1->parent(), a);
     EXPECT_EQ(a->parent(), nullptr);
 
-    EXPECT_FALSE(t.move(a, a1)); // into its own subtree
-    EXPECT_TRUE(t.move(a1, b));
+    EXPECT_FALSE(t.move(a, a1, nullptr)); // into its own subtree
+    EXPECT_TRUE(t.move(a1, b, nullptr));
     EXPECT_EQ(outline(t), "a .a2 b .a1 ..a1x ");
+    EXPECT_TRUE(t.move(b, nullptr, nullptr)); // first at the top level
+    EXPECT_TRUE(t.move(b, nullptr, b));       // after itself: it stays
+    EXPECT_EQ(outline(t), "b .a1 ..a1x a .a2 ");
+    EXPECT_TRUE(t.move(b, nullptr, t.last()));
+    EXPECT_EQ(t.last(), b);
 
     auto detached = t.remove(b);
     ASSERT_TRUE(detached);

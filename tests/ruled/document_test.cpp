@@ -134,9 +134,9 @@ TEST_F(Document, AMergeKeepsTheSetSavedOnlyWhenItWasEmpty) {
   EXPECT_TRUE(doc.saved());
 }
 
-// Each edit, done on a freshly opened set: whether it changed something, and the set's
-// saved flag after it.
-TEST_F(Document, EditsAndTheSavedFlag) {
+// Each edit, done on a freshly opened set: whether it changed something, the set's saved
+// flag after it, and that it is one step, undone back to the saved set and redone.
+TEST_F(Document, EditsTheSavedFlagAndUndo) {
   struct sCase {
     const char* what;
     std::function<bool(cRulesDocument&, cScanSignature* box, cScanSignature* parent)> edit;
@@ -179,35 +179,151 @@ TEST_F(Document, EditsAndTheSavedFlag) {
       {"start rule", [&](auto& d, auto*, auto* p) { return d.addStartRule(p, adv("'X'")); }, true},
       {"start rule changed",
        [](auto& d, auto*, auto* p) {
-         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PB'", 0, 0);
+         return d.setStartRule(p, static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PB'", 0,
+                               0);
        },
        true},
       {"start rule as it was",
        [](auto& d, auto*, auto* p) {
-         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PA'", 0, 0);
+         return d.setStartRule(p, static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "'PA'", 0,
+                               0);
        },
        false},
       {"start rule that does not compile",
        [](auto& d, auto*, auto* p) {
-         return d.setStartRule(static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "4Z", 0, 0);
+         return d.setStartRule(p, static_cast<cScanSigRuleUniHexMatch*>(p->first_str()), "4Z", 0,
+                               0);
        },
        false},
       {"size rule",
        [](auto& d, auto*, auto* p) {
-         return d.setSizeRule(p->getSizeEndRule(), 4, 4, 0, 2, false);
+         return d.setSizeRule(p, p->getSizeEndRule(), 4, 4, 0, 2, false);
        },
        true},
       {"rule removed",
        [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_str()), true; }, true},
+      {"end rule removed",
+       [](auto& d, auto*, auto* p) { return d.removeRule(p, p->first_end()), true; }, true},
+      {"moved to the top", [](auto& d, auto* box, auto* p) { return d.move(p, nullptr, box); },
+       true},
+      {"moved into itself", [](auto& d, auto* box, auto* p) { return d.move(box, p, nullptr); },
+       false},
+      {"moved where it is", [](auto& d, auto* box, auto* p) { return d.move(p, box, nullptr); },
+       false},
+      {"duplicated", [](auto& d, auto* box, auto*) { return d.duplicate(box) != nullptr; }, true},
+      {"pasted",
+       [](auto& d, auto*, auto* p) {
+         cScanSignature* first = nullptr;
+         sRulesTextError error;
+         return d.paste("definition \"A\" {\n}\ndefinition \"B\" {\n}\n", p, first, error) &&
+                std::string(first->name.c_str()) == "A";
+       },
+       true},
+      {"merged", [&](auto& d, auto*, auto*) { return d.merge((dir / "rules.txt").c_str()).ok(); },
+       true},
   };
   for (const sCase& c : cases) {
     doc.open((dir / "rules.txt").c_str());
     const std::string before = textOf(doc.tree());
     const bool changed = c.edit(doc, find("Box"), find("Parent"));
     EXPECT_EQ(!doc.saved(), c.changes) << c.what;
+    EXPECT_EQ(doc.canUndo(), c.changes) << c.what;
     if (!c.changes) continue;
     EXPECT_TRUE(changed) << c.what;
-    EXPECT_NE(textOf(doc.tree()), before) << c.what;
+    const std::string after = textOf(doc.tree());
+    EXPECT_NE(after, before) << c.what;
+    cScanSignature* touched = nullptr;
+    for (int round = 0; round < 2; ++round) {
+      ASSERT_TRUE(doc.undo(touched)) << c.what;
+      EXPECT_EQ(textOf(doc.tree()), before) << c.what;
+      EXPECT_TRUE(doc.saved()) << c.what;
+      EXPECT_FALSE(doc.canUndo()) << c.what;
+      ASSERT_TRUE(doc.redo(touched)) << c.what;
+      EXPECT_EQ(textOf(doc.tree()), after) << c.what;
+      EXPECT_FALSE(doc.saved()) << c.what;
+      EXPECT_FALSE(doc.redo(touched)) << c.what;
+    }
+  }
+}
+
+TEST_F(Document, TheHistoryFollowsTheSavedStateAndKeepsItsSteps) {
+  ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
+  int told = 0;
+  doc.setListener([&] { ++told; });
+  cScanSignature* p = find("Parent");
+  cScanSignature* touched = nullptr;
+  doc.rename(p, "One");
+  ASSERT_TRUE(doc.save((dir / "saved.txt").c_str()).ok());
+  doc.rename(p, "Two");
+  EXPECT_FALSE(doc.saved());
+  ASSERT_TRUE(doc.undo(touched));
+  EXPECT_EQ(touched, p);
+  EXPECT_TRUE(doc.saved()); // back at the save
+  ASSERT_TRUE(doc.undo(touched));
+  EXPECT_FALSE(doc.saved()); // before it
+  EXPECT_STREQ(p->name.c_str(), "Parent");
+  // A new edit where "One" could be redone: the saved state can no longer be reached.
+  doc.rename(p, "Three");
+  EXPECT_FALSE(doc.canRedo());
+  while (doc.undo(touched)) EXPECT_FALSE(doc.saved());
+  EXPECT_EQ(told, 6); // each change of the flag, and the save's new path
+
+  // A deleted definition comes back in its place with what was under it; an undone
+  // insertion shows where it was.
+  cScanSignature* box = find("Box");
+  doc.deleteDefinition(box);
+  EXPECT_TRUE(doc.empty());
+  ASSERT_TRUE(doc.undo(touched));
+  EXPECT_EQ(touched, box);
+  EXPECT_EQ(doc.tree().firstSig(), box);
+  EXPECT_EQ(box->firstChildSig(), p);
+  doc.addDefinition(box, "New");
+  ASSERT_TRUE(doc.undo(touched));
+  EXPECT_EQ(touched, box);
+
+  // The oldest steps go beyond the limit; all the others undo.
+  for (size_t i = 0; i < cEditHistory::kSteps + 5; ++i) doc.rename(p, std::to_string(i).c_str());
+  size_t undone = 0;
+  while (doc.undo(touched)) ++undone;
+  EXPECT_EQ(undone, cEditHistory::kSteps);
+  EXPECT_STREQ(p->name.c_str(), "4");
+}
+
+TEST_F(Document, DefinitionsAsTextCopyAndPaste) {
+  ASSERT_TRUE(doc.open((dir / "rules.txt").c_str()).ok());
+  std::string text, why;
+  ASSERT_TRUE(cRulesDocument::textOf(find("Box"), text, why)) << why;
+  EXPECT_EQ(text, kRules);
+  cScanSignature* first = nullptr;
+  sRulesTextError error;
+  ASSERT_TRUE(doc.paste(text, nullptr, first, error)) << error.message;
+  EXPECT_EQ(doc.tree().topCount(), 2);
+  ASSERT_TRUE(cRulesDocument::textOf(first, text, why));
+  EXPECT_EQ(text, kRules);
+
+  // Text that is not definitions changes nothing and names its line, counted in what was
+  // given with or without the header.
+  const struct {
+    const char* text;
+    int line;
+    const char* says;
+  } kRefused[] = {
+      {"hello", 1, "not a known word"},
+      {"definition \"A\" {\n  start at 0: 4Z\n}\n", 2, ""},
+      {"qvraci-rules text 1\ndefinition \"A\" {\n", 2, "not closed"},
+      {"", 0, "no definitions"},
+      {"qvraci-rules text 1\n# only a comment\n", 0, "no definitions"},
+  };
+  const std::string whole = [&] {
+    std::string t, w;
+    rulesToText(doc.tree(), t, w);
+    return t;
+  }();
+  for (const auto& c : kRefused) {
+    EXPECT_FALSE(doc.paste(c.text, nullptr, first, error)) << c.text;
+    EXPECT_EQ(error.line, c.line) << c.text << ": " << error.message;
+    EXPECT_NE(error.message.find(c.says), std::string::npos) << error.message;
+    EXPECT_EQ(textOf(doc.tree()), whole);
   }
 }
 

@@ -121,6 +121,58 @@ TEST_F(MainForm, ADefinitionsNameAndExtensionAreStoredAsTheFileSystemTakesThem) 
   EXPECT_FALSE(form->document().saved());
 }
 
+TEST_F(MainForm, UndoAndRedoShowWhatTheyTouchedAndTheSavedFlagFollows) {
+  open(R"(qvraci-rules text 1
+definition "Box" mode never {
+  definition "One" mode never {
+  }
+  definition "Two" mode never {
+  }
+}
+)");
+  const std::string opened = textOf(form->document().tree());
+  select("One");
+  cScript yes({[] { nsoff::key(kEnter); }});
+  nsoff::key(cChildElement::kKeyDelete);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(form->current(), sig("Two")); // the next sibling
+  cScript rename({[] { retype("Renamed"); }});
+  press(Form::kGeneral, Form::rName);
+  ASSERT_EQ(form->current(), sig("Renamed"));
+  const std::string edited = textOf(form->document().tree());
+
+  // Each key, and what the form shows after it: the definition the step touched.
+  const struct {
+    int key;
+    bool shift;
+    const char* shown;
+    int rows;
+    bool saved;
+  } kSteps[] = {
+      {'Z', false, "Two", 1 + 2, false},     // the rename undone
+      {'Z', false, "One", 1 + 3, true},      // the delete undone: back where it was, saved
+      {'Z', false, "One", 1 + 3, true},      // nothing more to undo
+      {'Z', true, "Box", 1 + 2, false},      // the delete redone: where it was
+      {'Y', false, "Renamed", 1 + 2, false}, // the rename redone
+      {'Y', false, "Renamed", 1 + 2, false}, // nothing more to redo
+  };
+  for (const auto& step : kSteps) {
+    nsoff::key(step.key, {.shift = step.shift, .ctrl = true});
+    nsoff::runUntilIdle();
+    ASSERT_NE(form->current(), nullptr) << step.shown;
+    EXPECT_STREQ(form->current()->name.c_str(), step.shown);
+    EXPECT_EQ(form->tree().selected(), item(step.shown)) << step.shown;
+    EXPECT_STREQ(form->sheet().value(Form::kGeneral, Form::rName), step.shown);
+    EXPECT_EQ(form->tree().count(), step.rows) << step.shown;
+    EXPECT_EQ(form->document().saved(), step.saved) << step.shown;
+  }
+  EXPECT_EQ(textOf(form->document().tree()), edited);
+  nsoff::key('Z', {.ctrl = true});
+  nsoff::key('Z', {.ctrl = true});
+  nsoff::runUntilIdle();
+  EXPECT_EQ(textOf(form->document().tree()), opened);
+}
+
 TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
   open();
   std::vector<std::string> captions;
@@ -326,7 +378,7 @@ TEST_F(MainForm, ClosingAfterADeleteOrAFailedSaveAsksAndNoKeepsTheWindow) {
   nsoff::key(cChildElement::kKeyDelete);
   nsoff::runUntilIdle();
   EXPECT_EQ(sig("Parent"), nullptr);
-  EXPECT_EQ(form->current(), nullptr); // the root view
+  EXPECT_EQ(form->current(), sig("Box")); // it had no sibling: its parent
   EXPECT_FALSE(form->document().saved());
   EXPECT_EQ(form->tree().count(), 1 + 1);
 
