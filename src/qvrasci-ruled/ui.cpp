@@ -209,13 +209,37 @@ bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
     undo(key == 'Y' || shift);
     return true;
   }
-  // Delete on a selected definition in the tree asks, as its menu's Delete does.
-  if (key == kKeyDelete && !shift && !ctrl && !alt && myTree.isChild(getFocused()) &&
-      myTree.selected() && myTree.selected()->data) {
+  if (treeFocused() && treeKey(key, shift, ctrl, alt)) return true;
+  return cCustomForm::processKey(key, shift, ctrl, alt);
+}
+
+bool cRuledMainForm::treeFocused() {
+  return getFocused() == &myTree || myTree.isChild(getFocused());
+}
+
+bool cRuledMainForm::treeKey(int key, bool shift, bool ctrl, bool alt) {
+  if (ctrl && !shift && !alt) {
+    if (key == 'C' || key == 'X')
+      copySig(key == 'X');
+    else if (key == 'V')
+      pasteSigs();
+    else if (key == 'D')
+      duplicateSig();
+    else
+      return false;
+    return true;
+  }
+  if (alt && !ctrl && !shift && (key == kKeyUp || key == kKeyDown)) {
+    moveSig(key == kKeyDown);
+    return true;
+  }
+  // Delete on a selected definition asks, as its menu's Delete does.
+  if (key == kKeyDelete && !shift && !ctrl && !alt && myTree.selected() &&
+      myTree.selected()->data) {
     delSig(myTree.selected());
     return true;
   }
-  return cCustomForm::processKey(key, shift, ctrl, alt);
+  return false;
 }
 
 bool cRuledMainForm::onAction(cChildElement* source, cChildAction* action) {
@@ -325,12 +349,15 @@ void cRuledMainForm::rebuildTree(const cScanSignature* show) {
     if (item->collapsed) collapsed.insert(item->data);
   }
   const sPoint scroll = myTree.scrollOffset();
+  const bool focused = treeFocused();
   myTree.startChanges();
   myTree.remove_under(myTree.root());
   addItems(myTree, myTree.root(), myDoc.tree().firstSig(), collapsed);
   myTree.endChanges();
   myTree.scrollTo(scroll.x, scroll.y);
   showDefinition(show);
+  // The focused label went with the old rows: the new selected one takes the focus.
+  if (focused && myTree.selected()) myTree.select(myTree.selected(), true);
 }
 
 void cRuledMainForm::undo(bool redo) {

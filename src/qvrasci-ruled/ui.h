@@ -88,7 +88,17 @@ public:
 
   // --- the tree's contents
   void newSig(tItem* item);
+  // Asks, then removes the definition with everything under it.
   void delSig(tItem* item);
+  // The selected definition with everything under it to the clipboard as definition text;
+  // a cut then removes it.
+  void copySig(bool cut);
+  // Definitions from the clipboard's text under the selected definition (the top level for
+  // the root); text that is not definitions is refused with the line that is wrong.
+  void pasteSigs();
+  void duplicateSig();
+  // The selected definition one place down or up among its siblings.
+  void moveSig(bool down);
   void newStr();
   void newEnd();
   void rmRule();
@@ -143,6 +153,11 @@ private:
   // The footer: the file's path, and whether the set has unsaved changes.
   void showState();
   void clearSelection();
+  // Removes the definition at once; the selection moves to a neighbour.
+  void dropSig(tItem* item);
+  bool treeFocused();
+  // The tree's own commands: the clipboard, moves among siblings, Delete.
+  bool treeKey(int key, bool shift, bool ctrl, bool alt);
 
   // Signature view parts.
   void showGeneral(cScanSignature* sig);

@@ -193,7 +193,11 @@ void cRuledMainForm::delSig(tItem* item) {
   if (!sig) return;
   const std::string question =
       std::string(string(txDeleteQuestion)) + "\n\"" + sig->name.c_str() + "\"";
-  if (!cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) return;
+  if (cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) dropSig(item);
+}
+
+void cRuledMainForm::dropSig(tItem* item) {
+  auto* sig = static_cast<cScanSignature*>(item->data);
   // The selection goes to the next sibling, else the previous, else the parent, and the
   // rows stay where they were.
   cScanSignature* next = sig->nextSig();
@@ -208,25 +212,84 @@ void cRuledMainForm::delSig(tItem* item) {
   activate(next);
 }
 
+// --- definitions on the clipboard, as definition text ----------------------------------
+
+void cRuledMainForm::copySig(bool cut) {
+  tItem* item = myTree.selected();
+  auto* sig = item ? static_cast<cScanSignature*>(item->data) : nullptr;
+  if (!sig) return;
+  std::string text, why;
+  if (!cRulesDocument::textOf(sig, text, why)) {
+    cMessageForm::errorbox(this, (std::string(string(txCannotCopy)) + "\n" + why).c_str(), nullptr);
+    return;
+  }
+  if (clipboardCopyText(text.c_str(), static_cast<long long>(text.size())) && cut) dropSig(item);
+}
+
+void cRuledMainForm::pasteSigs() {
+  _guardchar<char> text;
+  if (!clipboardRequestText(text)) text.set("");
+  cScanSignature* first = nullptr;
+  sRulesTextError error;
+  // Under the selected definition, or at the top level when the root is selected.
+  if (!myDoc.paste(text.c_str(), myCurrent, first, error)) {
+    std::string message = std::string(string(txCannotPaste)) + "\n";
+    if (error.line > 0) message += "line " + std::to_string(error.line) + ": ";
+    cMessageForm::errorbox(this, (message + error.message).c_str(), nullptr);
+    return;
+  }
+  rebuildTree(first);
+}
+
+void cRuledMainForm::duplicateSig() {
+  if (cScanSignature* copy = myCurrent ? myDoc.duplicate(myCurrent) : nullptr) rebuildTree(copy);
+}
+
+void cRuledMainForm::moveSig(bool down) {
+  cScanSignature* sig = myCurrent;
+  if (!sig) return;
+  // Past the next sibling, or before the previous one.
+  if (!(down ? sig->next() : sig->prev())) return;
+  cTreeItem* after = down ? sig->next() : sig->prev()->prev();
+  if (myDoc.move(sig, sig->parentSig(), static_cast<cScanSignature*>(after))) rebuildTree(sig);
+}
+
 void cRuledMainForm::contextMenu(cTreeViewChild::cTreeItemCtxAction* action) {
   tItem* item = action->item;
   if (!item) return;
+  // The menu acts on the item under the pointer, which is selected and shown first.
+  if (item != myTree.selected()) showDefinition(static_cast<cScanSignature*>(item->data));
   sPoint at;
   myTree.absPos(at);
   const bool root = item->data == nullptr;
-  const std::vector<std::pair<int, int>> rootMenu = {
-      {10, txNewDefinition}, {20, txMergeDefinitions}, {40, txSaveHint}};
-  const std::vector<std::pair<int, int>> sigMenu = {{10, txNewSubDefinition},
-                                                    {30, txDeleteDefinition}};
+  enum eCommand { kNew = 10, kMerge, kDelete, kSave, kCut, kCopy, kPaste, kDuplicate };
+  const std::vector<std::pair<int, int>> rootMenu = {{kNew, txNewDefinition},
+                                                     {kMerge, txMergeDefinitions},
+                                                     {kPaste, txPaste},
+                                                     {kSave, txSaveHint}};
+  const std::vector<std::pair<int, int>> sigMenu = {{kNew, txNewSubDefinition},
+                                                    {kCut, txCut},
+                                                    {kCopy, txCopy},
+                                                    {kPaste, txPaste},
+                                                    {kDuplicate, txDuplicate},
+                                                    {kDelete, txDeleteDefinition}};
   switch (menu(root ? rootMenu : sigMenu, at.x + action->x, at.y + action->y, 0, -1)) {
-  case 10:
+  case kNew:
     return newSig(item);
-  case 20:
+  case kMerge:
     return loadSigs(true);
-  case 30:
+  case kDelete:
     return delSig(item);
-  case 40:
+  case kSave:
     return saveSigs();
+  case kCut:
+    return copySig(true);
+  case kCopy:
+    return copySig(false);
+  case kPaste:
+    return pasteSigs();
+  case kDuplicate:
+    return duplicateSig();
   default:
     return;
   }

@@ -12,6 +12,7 @@
 #include "../common/offscreen_fixture.h"
 #include "../common/tempdir.h"
 #include "base/files.h"
+#include "nslib/nswnd.h"
 #include "qvrasci-ruled/ui.h"
 #include "qvrasci-ruled/uisamples.h"
 #include "zorb/csigtext.h"
@@ -38,6 +39,21 @@ definition "Box" mode never {
   }
 }
 )";
+
+// The tree's names by depth, as the view shows them: "Box [Parent [Child]]".
+std::string outline(const cTreeViewChild::cTreeViewItem* first) {
+  std::string out;
+  for (auto* i = first; i; i = i->nextItem()) {
+    out += (out.empty() ? "" : " ") + i->text;
+    if (i->firstItem()) out += " [" + outline(i->firstItem()) + "]";
+  }
+  return out;
+}
+
+std::string clipboard() {
+  std::vector<unsigned char> data;
+  return nswg_clip_get(nsClipText, data) ? std::string(data.begin(), data.end()) : "";
+}
 
 std::string textOf(const cCustomSignaturesTree& tree) {
   std::string text, error;
@@ -171,6 +187,74 @@ definition "Box" mode never {
   nsoff::key('Z', {.ctrl = true});
   nsoff::runUntilIdle();
   EXPECT_EQ(textOf(form->document().tree()), opened);
+}
+
+TEST_F(MainForm, TheTreesKeysCopyCutPasteDuplicateAndMove) {
+  open(R"(qvraci-rules text 1
+definition "Box" mode never {
+  definition "A" mode never {
+    definition "A1" mode never {
+    }
+  }
+  definition "B" mode never {
+  }
+}
+)");
+  constexpr int kUp = cChildElement::kKeyUp;
+  const struct {
+    const char* select; // null: the root; "": as it is
+    int key;
+    bool alt;
+    const char* after;
+  } kSteps[] = {
+      {"A1", 'C', false, "Box [A [A1] B]"},
+      {"B", 'V', false, "Box [A [A1] B [A1]]"},
+      {"A", 'D', false, "Box [A [A1] A [A1] B [A1]]"}, // the copy is selected
+      {"", kDown, true, "Box [A [A1] B [A1] A [A1]]"},
+      {"", kDown, true, "Box [A [A1] B [A1] A [A1]]"}, // the last already
+      {"", kUp, true, "Box [A [A1] A [A1] B [A1]]"},
+      {"B", 'X', false, "Box [A [A1] A [A1]]"},
+      {nullptr, 'V', false, "Box [A [A1] A [A1]] B [A1]"},
+  };
+  for (const auto& step : kSteps) {
+    if (!step.select)
+      clickOn(form->tree().root()->element.get());
+    else if (*step.select)
+      select(step.select);
+    nsoff::key(step.key, {.ctrl = !step.alt, .alt = step.alt});
+    nsoff::runUntilIdle();
+    EXPECT_EQ(outline(form->tree().root()->firstItem()), step.after) << step.key;
+    EXPECT_EQ(form->tree().selected()->data, form->current()) << step.key;
+  }
+  std::string b, why;
+  ASSERT_TRUE(cRulesDocument::textOf(form->current(), b, why));
+  EXPECT_EQ(clipboard(), b);
+
+  // Text that is not definitions is refused with its line, and nothing changes.
+  const std::string bad = "definition \"A\" {\n  start at 0: 4Z\n}\n";
+  nswg_clip_set(nsClipText, bad.data(), static_cast<long long>(bad.size()));
+  const std::string before = textOf(form->document().tree());
+  std::string caption;
+  cScript error({[&] {
+    caption = nsoff::topWindow().caption;
+    nsoff::key(kEnter);
+  }});
+  nsoff::key('V', {.ctrl = true});
+  nsoff::runUntilIdle();
+  EXPECT_EQ(caption, "Error");
+  EXPECT_EQ(textOf(form->document().tree()), before);
+}
+
+TEST_F(MainForm, ARightClickSelectsItsItemBeforeTheMenu) {
+  open();
+  select("Box");
+  tItem* child = item("Child");
+  cScript menu({[] { nsoff::key(kEscape); }});
+  clickOn(child->element.get(), 2); // the right button
+  EXPECT_EQ(menu.done(), 1u);
+  EXPECT_EQ(form->current(), sig("Child"));
+  EXPECT_EQ(form->tree().selected(), child);
+  EXPECT_STREQ(form->sheet().value(Form::kGeneral, Form::rName), "Child");
 }
 
 TEST_F(MainForm, OnlyADefinitionWithRulesOfItsOwnCanHit) {
