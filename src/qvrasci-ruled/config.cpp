@@ -34,3 +34,15 @@ eCIOMStdLangs currLangID() {
   // A negative id passes: applying it finds no table and each falls back to its default.
   return static_cast<eCIOMStdLangs>(id);
 }
+
+std::string configFolder(eConfigTag tag) {
+  const auto* bytes = static_cast<const char*>(gAppConf.tag(tag));
+  const long long size = gAppConf.sizeOf(tag);
+  if (!bytes || size < 1 || bytes[size - 1] != 0) return "";
+  const std::string folder(bytes, static_cast<size_t>(size - 1));
+  return folder.find('\0') == std::string::npos ? folder : "";
+}
+
+void setConfigFolder(eConfigTag tag, const std::string& folder) {
+  gAppConf.setStr(folder.c_str(), tag);
+}

@@ -6,6 +6,7 @@
 #include "about.h"
 #include "ciom/messageform.h"
 #include "ciom/theme.h"
+#include "config.h"
 #include "img_res.h"
 #include "uisamples.h"
 #include "uitext.h"
@@ -87,6 +88,8 @@ void cRuledMainForm::onConstruct() {
   myUnsaved.setTransparent(true);
   myUnsaved.setAlign(cCanvas::taRight);
   myDoc.setListener([this] { showState(); });
+  myLastFolder = configFolder(ctRulesFolder);
+  mySampleFolder = configFolder(ctSampleFolder);
   showState();
 
   myTree.setImageLists(&myTreeImages, &myTreeImages, &myTreeImages);
@@ -165,6 +168,7 @@ void cRuledMainForm::testSamples() {
       cFileChooseDialog::chooseFolder(this, string(txTestFolder), start.c_str());
   if (!folder) return;
   mySampleFolder = *folder;
+  setConfigFolder(ctSampleFolder, mySampleFolder);
   cSampleTestForm::run(this, *folder);
   // The focus goes back to the tree, on the definition a row may have shown.
   if (myTree.selected()) myTree.select(myTree.selected(), true);

@@ -138,7 +138,10 @@ public:
 
 private:
   static void loadPictures();
-  std::vector<sFileFilter> rulesFilter(); // the file dialogs' one filter
+  // Where the file dialogs start next time, also after a restart.
+  void setLastFolder(const std::string& folder);
+  // The file dialogs' filters: both forms of rules files.
+  std::vector<sFileFilter> rulesFilters(bool open);
   // The message text, with the file and the reason from result on a line of its own.
   void fileError(int text, const sRulesFileResult& result);
   void buildTools();

@@ -2,6 +2,7 @@
 // work (a save writes a new file beside the old one and renames it over it).
 #include "ciom/filechoose.h"
 #include "ciom/messageform.h"
+#include "config.h"
 #include "ui.h"
 #include "uitext.h"
 
@@ -19,15 +20,23 @@ std::string nameOf(const std::string& path) {
 
 } // namespace
 
-std::vector<sFileFilter> cRuledMainForm::rulesFilter() {
-  return {{string(txDefinition), "qrrs", "*.qrrs"}};
+std::vector<sFileFilter> cRuledMainForm::rulesFilters(bool open) {
+  const sFileFilter binary{std::string(string(txDefinition)) + " (*.qrrs)", "qrrs", "*.qrrs"};
+  const sFileFilter text{std::string(string(txDefinitionText)) + " (*.txt)", "txt", "*.txt"};
+  // Open takes either form; a save offers the set's own form first.
+  if (open)
+    return {{std::string(string(txDefinition)) + " (*.qrrs, *.txt)", "qrrs", "*.qrrs;*.txt"},
+            binary,
+            text};
+  if (myDoc.form() == rfText) return {text, binary};
+  return {binary, text};
 }
 
 void cRuledMainForm::loadSigs(bool merge) {
   const std::optional<std::string> path =
-      cFileChooseDialog::open(this, string(txOpen), rulesFilter(), myLastFolder.c_str());
+      cFileChooseDialog::open(this, string(txOpen), rulesFilters(true), myLastFolder.c_str());
   if (!path) return;
-  myLastFolder = folderOf(*path);
+  setLastFolder(folderOf(*path));
   loadFile(path->c_str(), merge);
 }
 
@@ -39,11 +48,16 @@ bool cRuledMainForm::loadFile(const char* path, bool merge) {
     fileError(txCannotOpen, result);
     return false;
   }
-  if (myLastFolder.empty() && path) myLastFolder = folderOf(path);
+  if (myLastFolder.empty() && path) setLastFolder(folderOf(path));
   redrawRules();
   // What could be read stays, shown behind the message.
   if (!result.ok()) fileError(txCannotParse, result);
   return true;
+}
+
+void cRuledMainForm::setLastFolder(const std::string& folder) {
+  myLastFolder = folder;
+  setConfigFolder(ctRulesFolder, folder);
 }
 
 void cRuledMainForm::fileError(int text, const sRulesFileResult& result) {
@@ -56,10 +70,10 @@ void cRuledMainForm::saveSigs() {
   if (myDoc.empty()) return;
   const std::string name = nameOf(myDoc.path());
   const std::optional<std::string> path =
-      cFileChooseDialog::save(this, string(txSave), rulesFilter(), myLastFolder.c_str(),
+      cFileChooseDialog::save(this, string(txSave), rulesFilters(false), myLastFolder.c_str(),
                               name.empty() ? nullptr : name.c_str());
   if (!path) return;
-  myLastFolder = folderOf(*path);
+  setLastFolder(folderOf(*path));
   saveFile(path->c_str());
 }
 

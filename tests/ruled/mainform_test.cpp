@@ -404,6 +404,12 @@ TEST_F(MainForm, ADefinitionTextOpensAndSavesAsText) {
   const std::string saved = readFile(path);
   EXPECT_NE(saved.find("definition \"Renamed\" ext \"chi\""), std::string::npos) << saved;
   EXPECT_TRUE(form->document().saved());
+  // The save dialog offers the set's form first: a name typed without an extension gets
+  // the text form's.
+  cScript name({[] { retype("again"); }});
+  pressKey('S', {.ctrl = true});
+  EXPECT_EQ(readFile(dir / "again.txt"), saved);
+  EXPECT_EQ(form->document().path(), dir / "again.txt");
 }
 
 TEST_F(MainForm, ANewDefinitionWithRulesSurvivesSaveAndReload) {

@@ -117,6 +117,20 @@ TEST_F(Config, TheLanguageIsEnglishUnlessTagSixteenSaysOtherwise) {
   }
 }
 
+TEST_F(Config, FoldersAreKeptAsOneStringOrNotAtAll) {
+  ASSERT_TRUE(initConfig());
+  EXPECT_EQ(configFolder(ctRulesFolder), "");
+  setConfigFolder(ctRulesFolder, "/home/u/rules");
+  ASSERT_TRUE(initConfig()); // read back from the file
+  EXPECT_EQ(configFolder(ctRulesFolder), "/home/u/rules");
+  EXPECT_EQ(configFolder(ctSampleFolder), "");
+  const std::string kBad[] = {std::string("no zero"), std::string("a\0b\0", 4), ""};
+  for (const std::string& bad : kBad) {
+    ASSERT_TRUE(gAppConf.setTag(ctSampleFolder, bad.data(), static_cast<long long>(bad.size())));
+    EXPECT_EQ(configFolder(ctSampleFolder), "") << bad;
+  }
+}
+
 TEST_F(Config, WithoutAConfigurationFolderTheFileLiesInTheProgramPath) {
   // A home folder that cannot hold the configuration folder: a file stands in its way.
   writeFile(dir / ".qvraci-ruled", "x");
