@@ -57,6 +57,7 @@ public:
     kKeyEnter = 397,
     kKeyKeypadPlus = 427,
     kKeyKeypadMinus = 429,
+    kKeyF3 = 448,
     kKeyF4 = 449,
     kKeyF10 = 455,
     kKeyDelete = 511,

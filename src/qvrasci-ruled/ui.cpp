@@ -73,6 +73,7 @@ void cRuledMainForm::onConstruct() {
   clientArea()->anchor(&mySplit, 0, 0, -1, -1);
   mySplit.setShare(0.4);
   mySplit.setMinSizes(120, 240);
+  buildFind(); // above the tree, hidden until asked for
   mySplit.pane(0)->anchor(&myTree, 0, 0, -1, -1);
   mySplit.pane(1)->anchor(&myRight, 0, 0, -1, -1);
   myRight.anchor(&myRuleTools, 0, 0, -1, kRuleBarHeight);
@@ -202,6 +203,7 @@ void cRuledMainForm::onRuleTool(int id) {
 }
 
 bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
+  if (findKey(key, shift, ctrl, alt)) return true;
   if (ctrl && !shift && !alt) {
     const int command = key == 'N' ? kNew : key == 'O' ? kOpen : key == 'S' ? kSave : 0;
     if (command) {
@@ -215,6 +217,28 @@ bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
   }
   if (treeFocused() && treeKey(key, shift, ctrl, alt)) return true;
   return cCustomForm::processKey(key, shift, ctrl, alt);
+}
+
+bool cRuledMainForm::findKey(int key, bool shift, bool ctrl, bool alt) {
+  if (ctrl && !shift && !alt && key == 'F') {
+    openFind();
+    return true;
+  }
+  if (key == kKeyF3 && !ctrl && !alt) {
+    if (myFind.text()[0])
+      findNext(shift, false);
+    else
+      openFind();
+    return true;
+  }
+  if (!myFind.hasFocus() || shift || ctrl || alt) return false;
+  if (key == kKeyEnter)
+    findNext(false, false);
+  else if (key == kKeyEscape)
+    closeFind();
+  else
+    return false;
+  return true;
 }
 
 bool cRuledMainForm::treeFocused() {
@@ -262,6 +286,10 @@ bool cRuledMainForm::onAction(cChildElement* source, cChildAction* action) {
       contextMenu(static_cast<cTreeViewChild::cTreeItemCtxAction*>(action));
     else
       onTreeAction(static_cast<cTreeViewChild::cTreeItemAction*>(action));
+    return true;
+  }
+  if (source == &myFind && code == cEditChild::kChangedCode) {
+    findNext(false, true);
     return true;
   }
   if (source == &mySheet && (code == P::kSelected || code == P::kButton || code == P::kChoice)) {

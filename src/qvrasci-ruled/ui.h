@@ -6,8 +6,8 @@
 // on sample files.
 //
 // ui.cpp builds the form and its two views, ui_item.cpp adds and removes definitions and
-// rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves, and
-// uisamples.cpp tests the definitions on sample files.
+// rules, ui_edit.cpp edits the rows of a definition, ui_io.cpp loads and saves, ui_find.cpp
+// finds definitions, and uisamples.cpp tests the definitions on sample files.
 #pragma once
 
 #include <map>
@@ -16,7 +16,9 @@
 #include <vector>
 
 #include "ciom/customform.h"
+#include "ciom/edit.h"
 #include "ciom/filechoose.h"
+#include "ciom/panel.h"
 #include "ciom/pictlist.h"
 #include "ciom/propsheet.h"
 #include "ciom/split.h"
@@ -86,6 +88,14 @@ public:
   // Undoes the last step, or redoes the next, and shows the definition it touched.
   void undo(bool redo);
 
+  // --- finding definitions (ui_find.cpp)
+  void openFind();
+  void closeFind();
+  // Selects the next (previous) definition that matches the find field's text, from the
+  // selected one itself when fromCurrent.
+  void findNext(bool backward, bool fromCurrent);
+  cEditChild& findField() { return myFind; }
+
   // --- the tree's contents
   void newSig(tItem* item);
   // Asks, then removes the definition with everything under it.
@@ -145,6 +155,9 @@ private:
   // The message text, with the file and the reason from result on a line of its own.
   void fileError(int text, const sRulesFileResult& result);
   void buildTools();
+  void buildFind();
+  // The find field's background: its own, or a warning while nothing matches.
+  void markFound(bool found);
   void onTool(int id);
   void onRuleTool(int id);
   void onTreeAction(cTreeViewChild::cTreeItemAction* action);
@@ -159,6 +172,8 @@ private:
   // Removes the definition at once; the selection moves to a neighbour.
   void dropSig(tItem* item);
   bool treeFocused();
+  // ctrl+F, F3 and shift+F3 anywhere; Enter and Escape in the find field.
+  bool findKey(int key, bool shift, bool ctrl, bool alt);
   // The tree's own commands: the clipboard, moves among siblings, Delete.
   bool treeKey(int key, bool shift, bool ctrl, bool alt);
 
@@ -195,6 +210,10 @@ private:
   cToolBarChild myRuleTools{cButtonChild::lkFlat};
   cPropSheetChild mySheet;
   cStatusLine myFile, myUnsaved;
+  cPanelChild myFindBar;
+  cStaticChild myFindLabel;
+  cEditChild myFind;
+  unsigned myFindBackground = 0xFFFFFF;
 
   cRulesDocument myDoc;
   std::string myLastFolder, myStartFile, mySampleFolder;

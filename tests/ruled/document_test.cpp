@@ -9,6 +9,7 @@
 #include "../common/tempdir.h"
 #include "base/files.h"
 #include "qvrasci-ruled/document.h"
+#include "qvrasci-ruled/find.h"
 #include "zorb/csigtext.h"
 
 namespace {
@@ -324,6 +325,52 @@ TEST_F(Document, DefinitionsAsTextCopyAndPaste) {
     EXPECT_EQ(error.line, c.line) << c.text << ": " << error.message;
     EXPECT_NE(error.message.find(c.says), std::string::npos) << error.message;
     EXPECT_EQ(textOf(doc.tree()), whole);
+  }
+}
+
+TEST(Find, GoesRoundTheTreeByNameOrExtensionIgnoringCase) {
+  cCustomSignaturesTree tree;
+  sRulesTextError error;
+  ASSERT_TRUE(rulesFromText(R"(qvraci-rules text 1
+definition "Top" mode never {
+  definition "Parent" ext "par" {
+    definition "ÄRGER" ext "x" {
+    }
+  }
+  definition "Second" ext "PARX" {
+  }
+}
+)",
+                            tree, error));
+  auto named = [&](const char* name) -> const cScanSignature* {
+    for (const cTreeItem* i = tree.first(); i; i = i->nextInOrder())
+      if (std::string(static_cast<const cScanSignature*>(i)->name.c_str()) == name)
+        return static_cast<const cScanSignature*>(i);
+    return nullptr;
+  };
+  const struct {
+    const char* text;
+    const char* from; // null: no selection
+    bool backward, includeFrom;
+    const char* found; // null: none
+  } kCases[] = {
+      {"par", nullptr, false, false, "Parent"},
+      {"par", "Parent", false, true, "Parent"},  // as typed: the selected one still matches
+      {"par", "Parent", false, false, "Second"}, // F3: by its extension
+      {"par", "Second", false, false, "Parent"}, // round the end
+      {"par", "Parent", true, false, "Second"},  // shift+F3, round the start
+      {"PAR", "Second", true, false, "Parent"},
+      {"ärg", "Top", false, false, "ÄRGER"}, // case rules beyond ASCII
+      {"x", "ÄRGER", false, false, "Second"},
+      {"x", "Second", false, false, "ÄRGER"},
+      {"none", "Top", false, true, nullptr},
+      {"", "Top", false, true, nullptr},
+  };
+  for (const auto& c : kCases) {
+    const cScanSignature* found = cDefinitionFinder(c.text).next(
+        tree, c.from ? named(c.from) : nullptr, c.backward, c.includeFrom);
+    EXPECT_EQ(found, c.found ? named(c.found) : nullptr)
+        << c.text << " from " << (c.from ? c.from : "-") << (c.backward ? " back" : "");
   }
 }
 

@@ -5,7 +5,11 @@
 # the window manager asks. Then a rules file is opened from the command line, a start rule
 # typed into a definition, and the set saved under a new name through the file dialog,
 # which qvraci-rules then shows, after Test... has run the set on a folder of samples; and a
-# damaged file opens with an error, keeping what could be read. Screenshots go to OUT. Exits 77 (skipped) without a display.
+# damaged file opens with an error, keeping what could be read. Last, a delete undone with
+# ctrl+Z saves the very same file, definitions typed into xclip paste with ctrl+V, ctrl+F
+# finds one, and a save on a full disk (a small tmpfs, where a mount namespace can be had)
+# leaves the set unsaved, so that closing asks first. Screenshots go to OUT. Exits 77
+# (skipped) without a display.
 #   editor_x11.sh EDITOR WMCLOSE OUT QVRACI_RULES RULES.qrrs
 set -euo pipefail
 editor=$1 wmclose=$2 out=$3 rules=$4 sample=$5
@@ -178,4 +182,78 @@ saveAs "$work/partial.qrrs"
 closeEditor "$wid"
 shown=$("$rules" show "$work/partial.qrrs")
 grep -q '^  JPEG image' <<<"$shown" || fail "nothing of the damaged file kept"
+# A delete undone: the set saves to the same bytes.
+HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
+pid=$!
+wid=$(window "$main")
+[[ -n "$wid" ]] || fail "no window for the undo"
+focused "$wid"
+xdotool key --delay 50 Down Delete
+question=$(window '^(Warning|Confirm)$')
+[[ -n "$question" ]] || fail "no question before the delete"
+focused "$question"
+xdotool key Return
+gone '^(Warning|Confirm)$'
+focused "$wid"
+xdotool key ctrl+z
+saveAs "$work/undone.qrrs"
+cmp -s "$work/in.qrrs" "$work/undone.qrrs" || fail "the undone delete saved another set"
+
+# Definitions from another program's clipboard, pasted at the top level, then found.
+printf 'definition "Pasted kind" ext "pst" {\n  start at 0: %s\n}\n' "'PST'" |
+  xclip -selection clipboard -i
+xdotool key Home ctrl+v
+sleep 0.3
+xdotool key ctrl+f
+xdotool type --delay 20 "pst"
+sleep 0.4
+import -window root "$out/ruled-x11-find.png"
+xdotool key Escape
+saveAs "$work/pasted.qrrs"
+closeEditor "$wid"
+shown=$("$rules" show "$work/pasted.qrrs")
+grep -q '^Pasted kind' <<<"$shown" || fail "the pasted definition was not saved"
+
+# A full disk: the save fails, the set stays unsaved, and closing asks (No keeps the
+# window, Yes ends it).
+if unshare -rm true 2>/dev/null; then
+  full=$home/full
+  mkdir -p "$full"
+  HOME=$home unshare -rm sh -c 'mount -t tmpfs -o size=4k tmpfs "$1" &&
+    head -c 8192 /dev/zero >"$1/filler" 2>/dev/null; shift; exec "$@"' \
+    sh "$full" "$editor" "$work/in.qrrs" >"$log" 2>&1 &
+  pid=$!
+  wid=$(window "$main")
+  [[ -n "$wid" ]] || fail "no window for the full disk"
+  focused "$wid"
+  xdotool key --delay 50 Down ctrl+d
+  xdotool key ctrl+s
+  dialog=$(window '^Save file$')
+  focused "$dialog"
+  xdotool key ctrl+a
+  xdotool type --delay 10 "$full/out.qrrs"
+  xdotool key Return
+  error=$(window '^Error$')
+  [[ -n "$error" ]] || fail "no error for a save on a full disk"
+  focused "$error"
+  import -window root "$out/ruled-x11-full.png"
+  xdotool key Return
+  gone '^Error$'
+  "$wmclose" "$wid"
+  question=$(window '^(Warning|Confirm)$')
+  [[ -n "$question" ]] || fail "closing after a failed save did not ask"
+  focused "$question"
+  xdotool key Escape
+  gone '^(Warning|Confirm)$'
+  xdotool search --onlyvisible --name "$main" >/dev/null || fail "No closed the window"
+  "$wmclose" "$wid"
+  question=$(window '^(Warning|Confirm)$')
+  focused "$question"
+  xdotool key Return
+  timeout 10 tail --pid="$pid" -f /dev/null
+  wait "$pid" || fail "the editor ended with an error after Yes"
+  pid=
+else
+  echo "no mount namespace here: the full-disk save is tested offscreen only"
+fi
 echo "screenshots in $out"

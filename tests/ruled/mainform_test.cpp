@@ -245,6 +245,56 @@ definition "Box" mode never {
   EXPECT_EQ(textOf(form->document().tree()), before);
 }
 
+TEST_F(MainForm, FindSelectsAsTypedAndF3GoesOn) {
+  open(R"(qvraci-rules text 1
+definition "Alpha" ext "one" mode never {
+}
+definition "Beta" ext "alp" mode never {
+}
+definition "Gamma" ext "two" mode never {
+}
+)");
+  const int treeHeight = form->tree().height();
+  pressKey('F', {.ctrl = true});
+  cEditChild& field = form->findField();
+  ASSERT_TRUE(field.visible());
+  EXPECT_TRUE(field.hasFocus());
+  EXPECT_LT(form->tree().height(), treeHeight); // the field stands above the tree
+  const unsigned background = field.bgColor();
+  constexpr int kF3 = cChildElement::kKeyF3;
+  const struct {
+    int key; // 0: type the text
+    const char* text;
+    bool shift;
+    const char* shown;
+    bool found;
+  } kSteps[] = {
+      {0, "al", false, "Alpha", true},
+      {kF3, "", false, "Beta", true},  // by its extension
+      {kF3, "", false, "Alpha", true}, // round the end
+      {kF3, "", true, "Beta", true},   // back, round the start
+      {kEnter, "", false, "Alpha", true},
+      {0, "p", false, "Alpha", true}, // "alp": the selected one still matches
+      {0, "x", false, "Alpha", false},
+      {cChildElement::kKeyBackspace, "", false, "Alpha", true},
+  };
+  for (const auto& step : kSteps) {
+    if (step.key)
+      pressKey(step.key, {.shift = step.shift});
+    else
+      typeText(step.text);
+    ASSERT_NE(form->current(), nullptr);
+    EXPECT_STREQ(form->current()->name.c_str(), step.shown) << field.text();
+    EXPECT_EQ(field.bgColor() == background, step.found) << field.text();
+    EXPECT_TRUE(field.hasFocus());
+  }
+  pressKey(kEscape);
+  EXPECT_FALSE(field.visible());
+  EXPECT_EQ(form->tree().height(), treeHeight);
+  EXPECT_TRUE(form->tree().selected()->element->hasFocus());
+  EXPECT_EQ(form->current(), sig("Alpha"));
+}
+
 TEST_F(MainForm, ARightClickSelectsItsItemBeforeTheMenu) {
   open();
   select("Box");
