@@ -20,6 +20,9 @@ constexpr int kToolsYDim = 3, kToolsXDim = 4, kToolsHeightDim = 6;
 constexpr int kTopMargin = 50, kToolMinWidth = 70, kRuleBarHeight = 24;
 constexpr int kStatusInset = 10, kStatusHeight = 16, kUnsavedWidth = 200;
 constexpr int kFormColour = 0;
+// The smallest window: the tree's least width, the splitter's bar and the frame's borders
+// beside the rule bar, and a height that leaves the tree and the sheet a few rows.
+constexpr int kTreeMinWidth = 120, kSplitterRoom = 8, kFrameRoom = 4, kMinHeight = 320;
 
 struct sPictureRes {
   int id;
@@ -72,7 +75,6 @@ void cRuledMainForm::onConstruct() {
 
   clientArea()->anchor(&mySplit, 0, 0, -1, -1);
   mySplit.setShare(0.4);
-  mySplit.setMinSizes(120, 240);
   buildFind(); // above the tree, hidden until asked for
   mySplit.pane(0)->anchor(&myTree, 0, 0, -1, -1);
   mySplit.pane(1)->anchor(&myRight, 0, 0, -1, -1);
@@ -86,6 +88,7 @@ void cRuledMainForm::onConstruct() {
   anchor(&myFile, kStatusInset, ~fromBottom, ~(kStatusInset + kUnsavedWidth), kStatusHeight);
   anchor(&myUnsaved, ~(kUnsavedWidth + kStatusInset), ~fromBottom, kUnsavedWidth, kStatusHeight);
   myFile.setTransparent(true);
+  myFile.setElideMiddle(true); // a long path keeps its file name
   myUnsaved.setTransparent(true);
   myUnsaved.setAlign(cCanvas::taRight);
   myDoc.setListener([this] { showState(); });
@@ -115,9 +118,23 @@ void cRuledMainForm::buildTools() {
 }
 
 bool cRuledMainForm::onAfterConstruct() {
+  setMinimumSize();
   myTree.select(myTree.root(), true);
   if (!myStartFile.empty()) loadFile(myStartFile.c_str(), false);
   return true;
+}
+
+void cRuledMainForm::setMinimumSize() {
+  // Every control keeps its place: the whole tool bar, and beside the tree at its smallest
+  // the rule bar with the most buttons it shows (a definition's).
+  showRuleTools({kNewType, kNewStart, kNewEnd, kRemove});
+  const int rules = myRuleTools.wantedWidth();
+  showRuleTools({kNewType, kMerge});
+  mySplit.setMinSizes(kTreeMinWidth, rules + kFrameRoom);
+  const int x = cCITheme::theme().getDimension(kToolsXDim, 0);
+  const int tools = myTools.wantedWidth() + 2 * x;
+  const int sides = kTreeMinWidth + kSplitterRoom + rules + 2 * kFrameRoom;
+  setMinSize(std::max(tools, sides), kMinHeight);
 }
 
 void cRuledMainForm::showRuleTools(std::initializer_list<int> ids) {

@@ -155,6 +155,8 @@ private:
   // The message text, with the file and the reason from result on a line of its own.
   void fileError(int text, const sRulesFileResult& result);
   void buildTools();
+  // The window refuses to shrink below what shows every control.
+  void setMinimumSize();
   void buildFind();
   // The find field's background: its own, or a warning while nothing matches.
   void markFound(bool found);

@@ -28,6 +28,9 @@ enum eText {
   txNoSamples = 18,
   txCannotCopy = 19,
   txNone = 20,
+  txShortByOne = 21, // the singular forms of 12, 13 and 9
+  txLongByOne = 22,
+  txDoneOne = 23,
 };
 
 constexpr int kMargin = 8, kStatusHeight = 18;
@@ -194,7 +197,9 @@ void cSampleTestForm::cancel() {
 // --- the rows ----------------------------------------------------------------------------
 
 std::string cSampleTestForm::verdictText(const sIdentified& s) {
-  const int text = txExact + static_cast<int>(s.verdict);
+  int text = txExact + static_cast<int>(s.verdict);
+  if (s.by == 1 && s.verdict == eVerdict::shortBy) text = txShortByOne;
+  if (s.by == 1 && s.verdict == eVerdict::longBy) text = txLongByOne;
   return cRuledMainForm::format(string(text), {std::to_string(s.by)});
 }
 
@@ -266,7 +271,7 @@ void cSampleTestForm::showStatus() {
       unrecognised += s.verdict == eVerdict::unrecognised;
     }
     const std::string counts = cRuledMainForm::format(
-        string(txDone),
+        string(myResults.size() == 1 ? txDoneOne : txDone),
         {std::to_string(myResults.size()), std::to_string(exact),
          std::to_string(myResults.size() - exact - unrecognised), std::to_string(unrecognised)});
     text = myStopped ? cRuledMainForm::format(string(txStopped), {std::to_string(myResults.size()),

@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <fontconfig/fontconfig.h>
 
 #include "ciom/langtable.h"
+#include "ciom/static.h"
 #include "ciplatform/pangofont.h"
 #include "surface.h"
 
@@ -180,6 +183,51 @@ TEST_F(cLimitedText, NothingWithoutRoom) {
       canvas.drawTextLimited(0, 0, 10, 20, cCanvas::taLeft, true, 6, 4, "x", -1, nullptr, false),
       -1);
   EXPECT_EQ(s.countOther(0, 0, 200, 40, kWhite), 0);
+}
+
+TEST_F(cLimitedText, AMiddleElidedTextKeepsBothEnds) {
+  const char* path = "/home/user/recovery/cases/2026/rules.qrrs";
+  auto width = [&](const std::vector<unsigned short>& t) {
+    sSize size;
+    canvas.textSize(t.data(), static_cast<long long>(t.size()), size);
+    return size.width;
+  };
+  auto text = [](const std::vector<unsigned short>& t) {
+    std::string out;
+    for (const unsigned short u : t) out += u == 0x2026 ? '~' : u < 0x80 ? char(u) : '?';
+    return out;
+  };
+  sSize whole;
+  canvas.textSize(path, -1, whole);
+  EXPECT_EQ(text(elideMiddle(canvas, path, whole.width)), path);
+  for (const int w : {whole.width - 1, whole.width / 2, 30}) {
+    const std::vector<unsigned short> shown = elideMiddle(canvas, path, w);
+    const std::string t = text(shown);
+    const size_t dots = t.find('~');
+    ASSERT_NE(dots, std::string::npos) << w;
+    EXPECT_LE(width(shown), w);
+    EXPECT_EQ(t.substr(0, dots), std::string(path).substr(0, dots)) << t;
+    EXPECT_EQ(t.substr(dots + 1), std::string(path).substr(strlen(path) - (t.size() - dots - 1)));
+    EXPECT_LE(t.size() - dots - 1, dots) << t; // the start has the odd unit
+  }
+  EXPECT_EQ(text(elideMiddle(canvas, path, 0)), "~");
+  // A pair of surrogates (U+1F600) on either side of the cut is kept whole or dropped.
+  auto high = [](unsigned short u) { return u >= 0xD800 && u <= 0xDBFF; };
+  auto low = [](unsigned short u) { return u >= 0xDC00 && u <= 0xDFFF; };
+  const char* smiles = "\xF0\x9F\x98\x80"
+                       "abc"
+                       "\xF0\x9F\x98\x80";
+  for (int w = 1; w < 60; ++w) {
+    const std::vector<unsigned short> shown = elideMiddle(canvas, smiles, w);
+    for (size_t i = 0; i < shown.size(); ++i) {
+      if (high(shown[i])) {
+        EXPECT_TRUE(i + 1 < shown.size() && low(shown[i + 1])) << w;
+      }
+      if (low(shown[i])) {
+        EXPECT_TRUE(i > 0 && high(shown[i - 1])) << w;
+      }
+    }
+  }
 }
 
 TEST(CairoText, WrappedLinesStepByTheFactor) {
