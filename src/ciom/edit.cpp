@@ -349,6 +349,11 @@ unsigned long long cEditChild::asU64() {
 
 // --- settings --------------------------------------------------------------------------
 
+void cEditChild::setBannerColour(unsigned colour) {
+  myBannerColour = colour;
+  repaint();
+}
+
 void cEditChild::setBanner(const char* banner) {
   myBanner.set(banner);
   repaint();

@@ -66,6 +66,7 @@ public:
   unsigned long long asU64();
 
   void setBanner(const char* banner);
+  void setBannerColour(unsigned colour);
   const char* banner() const { return myBanner.c_str(); }
   void setReadonly(bool on);
   bool readonly() const { return myReadonly; }

@@ -6,6 +6,12 @@
 #include "langfile.h"
 #include "theme.h"
 
+namespace {
+
+constexpr unsigned kRefusedColour = 0x0000B0; // dark red (colours are 0xBBGGRR)
+
+} // namespace
+
 bool cNewFolderNameReqForm::reqNewFolderName(cChildElement* parent, _guardchar<char>& text,
                                              cNewFolderNameReqForm* form) {
   if (!parent) return false;
@@ -41,7 +47,12 @@ bool cNewFolderNameReqForm::onAfterConstruct() {
 bool cNewFolderNameReqForm::onFormAccept() {
   const char* typed = myEdit.text();
   if (!typed || !*typed) {
-    myEdit.focus(); // an empty name is not an answer
+    // An empty name is not an answer; the banner says so where there is one.
+    if (const char* why = emptyText()) {
+      myEdit.setBanner(why);
+      myEdit.setBannerColour(kRefusedColour);
+    }
+    myEdit.focus();
     return true;
   }
   if (myText) myText->set(typed);

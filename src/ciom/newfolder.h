@@ -30,6 +30,9 @@ protected:
   // Texts by number in the form's section: the title and the banner of the empty box.
   virtual int titleString() const { return 14; }  // "New folder"
   virtual int bannerString() const { return 15; } // "Name of the new folder:"
+  // What the empty box's banner says, in the error colour, after an empty answer was
+  // refused; null: the banner stays.
+  virtual const char* emptyText() { return nullptr; }
   // The buttons' texts.
   virtual const char* okText();
   virtual const char* cancelText() { return string(7); }

@@ -50,12 +50,14 @@ bool cDefFiledForm::onFormAccept() {
   if (!clamped(rOffset, offset)) return true;
   const int size = sheet().value_id(kSection, rSize);
   if (size < 0 || size >= kFieldSizes) return refuse(rSize), true;
-  const unsigned long long multiplier = number(rMultiplier);
-  if (multiplier < 1 || multiplier > kMaxMultiplier) return refuse(rMultiplier), true;
+  unsigned long long multiplier = 1, addend = 0;
+  if (!numberIn(rMultiplier, 1, kMaxMultiplier, multiplier) ||
+      !numberIn(rAddend, 0, kMaxAddend, addend))
+    return true;
   myDef.offset = offset;
   myDef.size = static_cast<unsigned char>(size);
   myDef.multiplier = multiplier;
-  myDef.addend = number(rAddend);
+  myDef.addend = addend;
   end_modal(1);
   return true;
 }

@@ -28,6 +28,7 @@ public:
   enum eRow { rOffset = 1, rSize = 2, rMultiplier = 3, rAddend = 4 };
   static constexpr int kWidth = 450, kHeight = 250;
   static constexpr unsigned long long kMaxMultiplier = 0xFFFFFFFF;
+  static constexpr unsigned long long kMaxAddend = 0xFFFFFFFF;
 
   // Asks over parent; on acceptance (true) def holds the new values. False at once for a
   // null parent; Cancel leaves def as it was.
@@ -61,5 +62,6 @@ protected:
   int bannerString() const override { return 0; }
   const char* okText() override { return string(1); }
   const char* cancelText() override { return string(2); }
+  const char* emptyText() override { return string(4); }
   sSize formSize() const override { return {kWidth, kHeight}; }
 };

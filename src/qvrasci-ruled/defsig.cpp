@@ -84,9 +84,8 @@ bool cDefSigRuleForm::onFormAccept() {
     if (!clamped(rPosition, position)) return true;
     break;
   case stSubBlockPosition:
-    if (!clamped(rPosition, position)) return true;
-    blockSize = number(rBlockSize);
-    if (blockSize < 1 || blockSize > kMaxOffset) return refuse(rBlockSize), true;
+    if (!clamped(rPosition, position) || !numberIn(rBlockSize, 1, kMaxOffset, blockSize))
+      return true;
     break;
   default:
     return refuse(rSearchType), true;

@@ -7,6 +7,7 @@
 #include "ciom/langfile.h"
 #include "ciom/theme.h"
 #include "ciom/themeimages.h"
+#include "ui.h"
 
 namespace {
 
@@ -15,6 +16,36 @@ constexpr int kMargin = 5;
 // Texts of "ruled::sig" that explain a pattern the compiler refused.
 constexpr int txNoCompile = 16, txAtCharacter = 17, txFirstFault = 18;
 constexpr int txSyntax = 4;
+
+// Texts of "ruled::rule", which the rule forms share.
+constexpr int txNotNumber = 0, txNotNumberWhy = 1, txOutOfRange = 2, txOutOfRangeWhy = 3;
+
+// A whole number in decimal or 0x hex, blanks around it allowed; a number too large for
+// 64 bits reads as the largest. False for anything else, and for nothing.
+bool parseNumber(const char* text, unsigned long long& value) {
+  const char* p = text ? text : "";
+  while (*p == ' ' || *p == '\t') ++p;
+  const bool hex = p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
+  if (hex) p += 2;
+  const unsigned base = hex ? 16 : 10;
+  value = 0;
+  int digits = 0;
+  for (;; ++p, ++digits) {
+    const char c = *p;
+    unsigned d = 0;
+    if (c >= '0' && c <= '9')
+      d = static_cast<unsigned>(c - '0');
+    else if (hex && c >= 'a' && c <= 'f')
+      d = static_cast<unsigned>(c - 'a' + 10);
+    else if (hex && c >= 'A' && c <= 'F')
+      d = static_cast<unsigned>(c - 'A' + 10);
+    else
+      break;
+    value = value > (~0ULL - d) / base ? ~0ULL : value * base + d;
+  }
+  while (*p == ' ' || *p == '\t') ++p;
+  return digits > 0 && *p == 0;
+}
 
 // The number, from 1, of the character (not byte) at offset `at` of a UTF-8 text.
 long long characterNumber(const char* text, long long at) {
@@ -52,16 +83,27 @@ bool cRuleForm::onAfterConstruct() {
   return true;
 }
 
-unsigned long long cRuleForm::number(int row) {
-  return static_cast<unsigned long long>(sheet().int_value(kSection, row));
+const char* cRuleForm::sharedText(int number) {
+  const cCiomLangData* section = requestNamedLangResource("ruled::rule");
+  const char* text = section ? section->string(number) : nullptr;
+  return text ? text : "";
 }
 
-bool cRuleForm::clamped(int row, unsigned long long& value) {
-  value = number(row);
-  if (value <= kMaxOffset) return true;
-  value = kMaxOffset;
-  sheet().setPropertyVal(kSection, row, value, false, 0);
-  return refuse(row);
+bool cRuleForm::numberIn(int row, unsigned long long lo, unsigned long long hi,
+                         unsigned long long& value) {
+  const char* text = sheet().value(kSection, row);
+  const std::string typed = text ? text : "";
+  const std::string range[] = {std::to_string(lo), std::to_string(hi)};
+  if (!parseNumber(text, value))
+    return explain(row, sharedText(txNotNumber),
+                   cRuledMainForm::format(sharedText(txNotNumberWhy), {typed, range[0], range[1]}));
+  if (value >= lo && value <= hi) return true;
+  if (value > hi) {
+    value = hi; // corrected where the limit is: OK again takes it
+    sheet().setPropertyVal(kSection, row, value, false, 0);
+  }
+  return explain(row, sharedText(txOutOfRange),
+                 cRuledMainForm::format(sharedText(txOutOfRangeWhy), {typed, range[0], range[1]}));
 }
 
 bool cRuleForm::refuse(int row) {
@@ -69,11 +111,29 @@ bool cRuleForm::refuse(int row) {
   return false;
 }
 
+bool cRuleForm::explain(int row, const char* title, const std::string& body) {
+  myExplained = row;
+  myReasonTitle = title ? title : "";
+  myReason = body;
+  properties().display().setText(myReasonTitle.c_str(), myReason.c_str());
+  return refuse(row);
+}
+
+bool cRuleForm::onAction(cChildElement* source, cChildAction* action) {
+  // The panel has just shown the selected row's description; a refusal of that row that
+  // moved the focus there is shown instead.
+  if (action && action->code == cPropSheetChild::kSelected && myExplained) {
+    const int row = static_cast<cPropSheetChild::cPropSheetAction*>(action)->prop;
+    if (row == myExplained) properties().display().setText(myReasonTitle.c_str(), myReason.c_str());
+    myExplained = 0;
+  }
+  return cCustomForm::onAction(source, action);
+}
+
 bool cRuleForm::patternCompiles(int row) {
   const char* text = sheet().value(kSection, row);
   sHexSearchRule::_pattern compiled;
   if (text && sHexSearchRule::cnvAdv(compiled, text) && compiled.count() > 0) return true;
-  refuse(row);
   // Where and why, then the syntax, in the panel under the sheet.
   long long at = 0;
   const int fault = sHexSearchRule::advFault(text, at);
@@ -87,7 +147,5 @@ bool cRuleForm::patternCompiles(int row) {
   if (format) std::snprintf(where, sizeof where, format, character);
   std::string body = std::string(where) + (reason ? reason : "");
   if (const char* syntax = string(txSyntax)) body += std::string("\n\n") + syntax;
-  const char* title = string(txNoCompile);
-  properties().display().setText(title ? title : "", body.c_str());
-  return false;
+  return explain(row, string(txNoCompile), body);
 }

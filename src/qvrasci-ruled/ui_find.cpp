@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kFindHeight = 28, kLabelWidth = 40, kInset = 4;
 constexpr int kFormColour = 0;                 // theme colour
-constexpr unsigned kNotFoundColour = 0xFFD8D8; // the field's background while nothing matches
+constexpr unsigned kNotFoundColour = 0xD8D8FF; // pale red (0xBBGGRR): nothing matches
 
 } // namespace
 

@@ -76,18 +76,29 @@ TEST_F(RuleForms, TheSignatureFormClampsRefusesAndRebuildsItsRows) {
     std::function<void(Sig&)> act; // on the open form, before Enter
     int stays;                     // the row focused after Enter, 0 when accepted
     unsigned position, blockSize;  // the record when accepted
+    const char* says = "";         // how the panel's text begins when refused
   };
   const sCase cases[] = {
-      {"past the limit", [](Sig& f) { retype(f, Sig::rPosition, "4194305"); }, Sig::rPosition, 0,
-       0},
+      {"past the limit", [](Sig& f) { retype(f, Sig::rPosition, "4194305"); }, Sig::rPosition, 0, 0,
+       "4194305 is out of range. Type a whole number from 0 to 4194304."},
+      {"not a number", [](Sig& f) { retype(f, Sig::rPosition, "abc"); }, Sig::rPosition, 0, 0,
+       "\"abc\" is not a whole number."},
       {"no sub-block size",
        [&](Sig& f) {
          chooseType(f, cChildElement::kKeyDown); // fixed sub-block position
          nsoff::runUntilIdle();
          retype(f, Sig::rBlockSize, "0");
        },
-       Sig::rBlockSize, 0, 0},
-      {"bad pattern", [](Sig& f) { retype(f, Sig::rPattern, "4D [5A"); }, Sig::rPattern, 0, 0},
+       Sig::rBlockSize, 0, 0, "0 is out of range. Type a whole number from 1 to"},
+      {"bad pattern", [](Sig& f) { retype(f, Sig::rPattern, "4D [5A"); }, Sig::rPattern, 0, 0,
+       "At character 4: [value/mask]"},
+      {"bad pattern, OK from another row",
+       [](Sig& f) {
+         retype(f, Sig::rPattern, "4Z 5A");
+         f.sheet().focus(kSection, Sig::rPosition);
+         nsoff::runUntilIdle();
+       },
+       Sig::rPattern, 0, 0, "At character 2:"},
       {"sub-blocks",
        [&](Sig& f) {
          chooseType(f, cChildElement::kKeyDown);
@@ -126,12 +137,10 @@ TEST_F(RuleForms, TheSignatureFormClampsRefusesAndRebuildsItsRows) {
     EXPECT_EQ(rows[Sig::rBlockSize], c.blockSize != 0 || c.stays == Sig::rBlockSize);
     EXPECT_EQ(def.position, ok ? c.position : 16u); // Escape leaves the record alone
     EXPECT_EQ(def.blockSize, c.blockSize);
-    if (c.stays == Sig::rPosition) {
+    if (c.stays == Sig::rPosition && std::string(c.name) == "past the limit") {
       EXPECT_EQ(shown, "4194304");
     }
-    if (c.stays == Sig::rPattern) {
-      EXPECT_EQ(reason.rfind("At character 4: [value/mask]", 0), 0u) << reason;
-    }
+    EXPECT_EQ(reason.rfind(c.says, 0), 0u) << reason;
   }
   // The entry function: the record as it stands is accepted with Enter.
   Sig::sSigRuleDef def;
@@ -148,7 +157,7 @@ TEST_F(RuleForms, TheFieldFormChecksOffsetAndMultiplier) {
   def.size = Field::fsWordBE;
   Field form(def);
   std::vector<int> focused;
-  std::string clampedOffset;
+  std::string clampedOffset, reason;
   cScript script({[&] {
                     retype(form, Field::rOffset, "0x400001");
                     nsoff::key(kEnter);
@@ -161,6 +170,12 @@ TEST_F(RuleForms, TheFieldFormChecksOffsetAndMultiplier) {
                   },
                   [&] {
                     focused.push_back(focusedRow(form));
+                    retype(form, Field::rMultiplier, "abc");
+                    nsoff::key(kEnter);
+                  },
+                  [&] {
+                    focused.push_back(focusedRow(form));
+                    reason = form.properties().display().body();
                     shot("field");
                     retype(form, Field::rMultiplier, "3");
                     retype(form, Field::rAddend, "12");
@@ -168,7 +183,10 @@ TEST_F(RuleForms, TheFieldFormChecksOffsetAndMultiplier) {
                     nsoff::key(kEnter);
                   }});
   ASSERT_TRUE(accepted(form, owner.get(), Field::kWidth, Field::kHeight));
-  EXPECT_EQ(focused, (std::vector<int>{Field::rOffset, Field::rMultiplier}));
+  EXPECT_EQ(focused, (std::vector<int>{Field::rOffset, Field::rMultiplier, Field::rMultiplier}));
+  EXPECT_EQ(
+      reason,
+      "\"abc\" is not a whole number. Type one from 1 to 4294967295, in decimal or as 0x hex.");
   EXPECT_EQ(clampedOffset, "4194304");
   EXPECT_EQ(def.offset, 0x400000u);
   EXPECT_EQ(def.multiplier, 3u);
@@ -196,17 +214,21 @@ TEST_F(RuleForms, TheOffsetAndTextFormsAcceptOnlyWhatTheyCanUse) {
 
   _guardchar<char> text;
   std::vector<std::string> captions;
+  std::string banner;
+  cSetTextForm asked;
   cScript second({[&] {
                     captions.push_back(nsoff::topWindow().caption);
-                    nsoff::key(kEnter); // empty: refused
+                    nsoff::key(kEnter); // empty: refused, and the box says why
                   },
                   [&] {
                     captions.push_back(nsoff::topWindow().caption);
+                    banner = asked.edit().banner();
                     nsoff::type("GIF image");
                     nsoff::key(kEnter);
                   }});
-  EXPECT_TRUE(cSetTextForm::setText(owner.get(), text));
+  EXPECT_TRUE(cNewFolderNameReqForm::reqNewFolderName(owner.get(), text, &asked));
   EXPECT_EQ(captions, (std::vector<std::string>{"Specify text value", "Specify text value"}));
+  EXPECT_EQ(banner, "A value is needed here");
   EXPECT_STREQ(text.c_str(), "GIF image");
 }
 
