@@ -240,6 +240,10 @@ cTreeViewChild::cTreeViewItem* cTreeViewChild::keyTarget(int key, bool ctrl) {
 }
 
 bool cTreeViewChild::processKey(int key, bool shift, bool ctrl, bool alt) {
+  if (myDragging) {
+    if (key == kKeyEscape) endDrag(false);
+    return true; // the keyboard waits for the drop
+  }
   const bool arrow = key >= kKeyLeft && key <= kKeyDown;
   const bool paging = key == kKeyHome || key == kKeyEnd || key == kKeyPageUp || key == kKeyPageDown;
   if (!shift && !alt && (arrow || (paging && !ctrl)) && focused() && enabled() && visible()) {

@@ -158,6 +158,7 @@ bool cTreeViewChild::storeUnder(cTreeViewItem* parent, std::unique_ptr<cTreeView
 }
 
 void cTreeViewChild::forgetSubtree(cTreeViewItem* item, bool withItem) {
+  endDrag(false);
   mySelected = myAnnounce = nullptr;
   if (myUnfocusedItem) markUnfocused(nullptr);
   const cTreeItem* stop = item;
@@ -194,6 +195,7 @@ void cTreeViewChild::remove_under(cTreeViewItem* item) {
 }
 
 void cTreeViewChild::clear() {
+  endDrag(false);
   mySelected = myAnnounce = nullptr;
   if (myUnfocusedItem) markUnfocused(nullptr);
   for (const auto& labels : {&myLabels, &myControls}) {

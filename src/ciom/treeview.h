@@ -9,7 +9,14 @@
 //
 // Actions raised (the item in a cTreeItemAction): 6 an item was activated (double click,
 // Enter), 7 another item became selected, 8 a context request on a label (a
-// cTreeItemCtxAction with the point in the tree), 9 an item was expanded or collapsed.
+// cTreeItemCtxAction with the point in the tree), 9 an item was expanded or collapsed,
+// 10 an item was dragged and dropped (a cTreeDropAction; only with setDragAndDrop).
+//
+// Dragging: a label pressed with the left button and moved a few pixels is dragged; the
+// label under the pointer shows where it would go (a line above or below it: before or
+// after it among its siblings; a frame: its last child). A drop into the dragged item's own
+// subtree, or beside the root, is not offered. Escape or a release outside the rows
+// cancels. The tree moves nothing itself: its owner moves the item on the action.
 #pragma once
 
 #include <map>
@@ -25,7 +32,13 @@
 // An item's label. Its wanted size is measured once per text and picture.
 class cTreeItemElement : public cSelectableStaticChild {
 public:
+  // Where a dragged item would go, as the label shows it.
+  enum eDropMark { dmNone, dmBefore, dmAfter, dmInto };
+
   bool setText(const char* text, long long len, bool repaintNow) override;
+  void setDropMark(eDropMark mark, unsigned colour);
+  eDropMark dropMark() const { return myDropMark; }
+  void onPaint(cCanvas* canvas) override;
   // The wanted size, measured when the text or the picture changed since last asked.
   bool measured(sSize& size);
   void forgetSize() { myMeasured = false; }
@@ -33,6 +46,8 @@ public:
 private:
   bool myMeasured = false;
   sSize mySize;
+  eDropMark myDropMark = dmNone;
+  unsigned myDropColour = 0;
 };
 
 // An item's expander: the theme's sign for what the item is (see eCtlKind). The active
@@ -93,6 +108,14 @@ public:
     cTreeItemAction(int code, cTreeViewItem* item) : cChildAction(code), item(item) {}
     cTreeViewItem* item;
   };
+  // item dropped on target: before or after it, or into it as its last child.
+  class cTreeDropAction : public cTreeItemAction {
+  public:
+    cTreeDropAction(cTreeViewItem* item, cTreeViewItem* target, cTreeItemElement::eDropMark place)
+        : cTreeItemAction(kDropped, item), target(target), place(place) {}
+    cTreeViewItem* target;
+    cTreeItemElement::eDropMark place;
+  };
   class cTreeItemCtxAction : public cTreeItemAction {
   public:
     cTreeItemCtxAction(cTreeViewItem* item, int x, int y)
@@ -100,7 +123,8 @@ public:
     int x, y;
   };
 
-  enum eCode { kActivated = 6, kSelected = 7, kContext = 8, kToggled = 9 };
+  enum eCode { kActivated = 6, kSelected = 7, kContext = 8, kToggled = 9, kDropped = 10 };
+  static constexpr int kDragDistance = 4; // pixels the pointer moves before a drag starts
   static constexpr unsigned kDefaultColour = 0xFFFFFFFF; // keep the element's own
 
   cTreeViewChild();
@@ -130,6 +154,10 @@ public:
   void select(cTreeViewItem* item, bool focus);
   cTreeViewItem* selected() const { return mySelected; }
   void selectRoot();
+
+  // --- dragging
+  void setDragAndDrop(bool on) { myDragAndDrop = on; }
+  bool dragging() const { return myDragging; }
 
   // --- expansion
   bool expand(cTreeViewItem* item, bool notify);
@@ -166,6 +194,8 @@ public:
   void onConstruct() override;
   bool onAction(cChildElement* source, cChildAction* action) override;
   bool processKey(int key, bool shift, bool ctrl, bool alt) override;
+  bool processMouseBtn(int x, int y, int button, bool down, bool shift, bool ctrl) override;
+  bool processMouseMove(int x, int y) override;
   bool processChar(unsigned short ch, bool shift, bool ctrl, bool alt) override;
   void processFocusLost(bool shift, bool ctrl) override;
   void onSetFocusEvent(eEventOrigin origin, bool shift, bool ctrl) override;
@@ -202,7 +232,6 @@ private:
   void makeElements(cTreeViewItem* item);
   void applyImages(cTreeViewItem* item);
   void forgetSubtree(cTreeViewItem* item, bool withItem);
-  bool visibleItem(const cTreeViewItem* item) const;
   void toggle(cTreeViewItem* item);
   void requestExpand(cTreeViewItem* item, bool expand);
   void expandAll(cTreeViewItem* item);
@@ -223,6 +252,14 @@ private:
   cTreeViewItem* pageTarget(bool down);
   cTreeViewItem* typeAhead(unsigned short ch);
 
+  // Dragging (treedrag.cpp).
+  // The shown item whose label's row holds y (tree coordinates), the zone of it that y
+  // is in; null below the last row.
+  cTreeViewItem* rowAt(int y, cTreeItemElement::eDropMark& zone);
+  // Shows where the dragged item would go for the pointer at y; false when nowhere.
+  bool aim(int y);
+  void endDrag(bool drop);
+
   cTree myItems;
   std::map<const cChildElement*, cTreeViewItem*> myLabels, myControls;
   int myOutline = 16, mySpacing = 0, myCellSpacing = 0, myIndicatorWidth = 16;
@@ -235,4 +272,9 @@ private:
   cTreeViewItem* myUnfocusedItem = nullptr;
   cChangeBatch myBatch;
   cTypeAhead myTyped;
+  bool myDragAndDrop = false, myDragging = false;
+  cTreeViewItem* myDragged = nullptr; // pressed, and dragged once it has moved far enough
+  sPoint myPressedAt;
+  cTreeViewItem* myDropTarget = nullptr;
+  cTreeItemElement::eDropMark myDropPlace = cTreeItemElement::dmNone;
 };

@@ -97,6 +97,7 @@ void cRuledMainForm::onConstruct() {
   showState();
 
   myTree.setImageLists(&myTreeImages, &myTreeImages, &myTreeImages);
+  myTree.setDragAndDrop(true);
   myTree.storeUnder(nullptr, new tItem(string(txDefinition), nullptr, tpRoot));
   activateMain();
 }
@@ -296,6 +297,10 @@ bool cRuledMainForm::onAction(cChildElement* source, cChildAction* action) {
       onTool(id);
     else
       onRuleTool(id);
+    return true;
+  }
+  if (source == &myTree && code == cTreeViewChild::kDropped) {
+    moveDropped(*static_cast<cTreeViewChild::cTreeDropAction*>(action));
     return true;
   }
   if (source == &myTree && code >= cTreeViewChild::kActivated && code <= cTreeViewChild::kContext) {

@@ -109,6 +109,8 @@ public:
   void duplicateSig();
   // The selected definition one place down or up among its siblings.
   void moveSig(bool down);
+  // A definition dragged in the tree goes where it was dropped.
+  void moveDropped(const cTreeViewChild::cTreeDropAction& drop);
   void newStr();
   void newEnd();
   void rmRule();

@@ -254,6 +254,25 @@ void cRuledMainForm::moveSig(bool down) {
   if (myDoc.move(sig, sig->parentSig(), static_cast<cScanSignature*>(after))) rebuildTree(sig);
 }
 
+void cRuledMainForm::moveDropped(const cTreeViewChild::cTreeDropAction& drop) {
+  auto* sig = static_cast<cScanSignature*>(drop.item->data);
+  auto* target = static_cast<cScanSignature*>(drop.target->data); // null: the root
+  if (!sig) return;
+  cScanSignature* parent = nullptr;
+  cTreeItem* after = nullptr;
+  if (drop.place == cTreeItemElement::dmInto) {
+    // The last child of the target, or of the top level.
+    parent = target;
+    after = target ? target->lastChild() : myDoc.tree().last();
+  } else if (target) {
+    parent = target->parentSig();
+    after = drop.place == cTreeItemElement::dmAfter ? target : target->prev();
+  } else {
+    return;
+  }
+  if (myDoc.move(sig, parent, static_cast<cScanSignature*>(after))) rebuildTree(sig);
+}
+
 void cRuledMainForm::contextMenu(cTreeViewChild::cTreeItemCtxAction* action) {
   tItem* item = action->item;
   if (!item) return;

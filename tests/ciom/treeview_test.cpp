@@ -40,6 +40,8 @@ public:
     int code;
     std::string item;
     int x = 0, y = 0;
+    std::string target; // of a drop
+    int place = 0;
   };
   std::vector<sSeen> seen;
 
@@ -48,9 +50,14 @@ public:
     attach(&other, 10, 220, 100, 24);
   }
   bool onAction(cChildElement* source, cChildAction* action) override {
-    if (source == &tree && action->code >= 6 && action->code <= 9) {
+    if (source == &tree && action->code >= 6 && action->code <= 10) {
       auto* a = static_cast<cTreeViewChild::cTreeItemAction*>(action);
-      sSeen s{action->code, a->item ? a->item->text : "", 0, 0};
+      sSeen s{action->code, a->item ? a->item->text : "", 0, 0, "", 0};
+      if (action->code == cTreeViewChild::kDropped) {
+        auto* drop = static_cast<cTreeViewChild::cTreeDropAction*>(action);
+        s.target = drop->target->text;
+        s.place = drop->place;
+      }
       if (action->code == cTreeViewChild::kContext) {
         s.x = static_cast<cTreeViewChild::cTreeItemCtxAction*>(action)->x;
         s.y = static_cast<cTreeViewChild::cTreeItemCtxAction*>(action)->y;
@@ -104,6 +111,66 @@ protected:
   cItem *a = nullptr, *a1 = nullptr, *a1x = nullptr, *a1y = nullptr, *a2 = nullptr;
   cItem *b = nullptr, *b1 = nullptr, *c = nullptr;
 };
+
+TEST_F(TreeView, DraggedItemsDropBeforeAfterOrIntoOthersButNotIntoThemselves) {
+  cTreeViewChild& t = root.tree;
+  t.setDragAndDrop(true);
+  using M = cTreeItemElement;
+  // From the centre of an item's label to a point of another's: its top (0), its middle
+  // (2) or its bottom row (4), in fifths of its height.
+  const struct {
+    cItem** from;
+    cItem** to;
+    int fifth;
+    bool escape;
+    M::eDropMark mark; // shown on the target while dragging
+    bool drops;
+  } kDrags[] = {
+      {&a2, &c, 2, false, M::dmInto, true},
+      {&b1, &a1, 0, false, M::dmBefore, true},
+      {&b1, &c, 4, false, M::dmAfter, true},
+      {&a1, &a1x, 2, false, M::dmNone, false}, // into its own subtree
+      {&b, &a1, 2, true, M::dmInto, false},    // Escape cancels
+      {&a, &c, 2, false, M::dmNone, false},    // the root stays
+      {&c, &a, 0, false, M::dmNone, false},    // nothing beside the root
+      {&c, &a, 2, false, M::dmInto, true},
+  };
+  for (const auto& d : kDrags) {
+    root.seen.clear();
+    const sPoint from = centreOf((*d.from)->element.get());
+    const sRect to = rectOf((*d.to)->element.get());
+    sPoint toAt;
+    (*d.to)->element->absPos(toAt);
+    const int y = toAt.y + to.height * d.fifth / 5 + (d.fifth == 4 ? to.height / 5 - 1 : 0);
+    nsoff::button(from.x, from.y, 1, true);
+    nsoff::move(from.x, from.y + 2); // not yet a drag
+    nsoff::runUntilIdle();
+    EXPECT_FALSE(t.dragging());
+    nsoff::move(toAt.x + 5, y);
+    nsoff::runUntilIdle();
+    EXPECT_EQ(t.dragging(), *d.from != a) << (*d.from)->text;
+    EXPECT_EQ((*d.to)->element->dropMark(), d.mark) << (*d.from)->text;
+    if (d.escape) pressKey(cChildElement::kKeyEscape);
+    nsoff::button(toAt.x + 5, y, 1, false);
+    nsoff::runUntilIdle();
+    EXPECT_FALSE(t.dragging());
+    EXPECT_EQ((*d.to)->element->dropMark(), M::dmNone); // the mark goes with the drag
+    auto said = [](const std::string& item, int place, const std::string& target) {
+      const char* kPlaces[] = {"", " before ", " after ", " into "};
+      return item + kPlaces[place] + target;
+    };
+    std::vector<std::string> drops, expected;
+    for (const auto& seen : root.seen)
+      if (seen.code == cTreeViewChild::kDropped)
+        drops.push_back(said(seen.item, seen.place, seen.target));
+    if (d.drops) expected.push_back(said((*d.from)->text, d.mark, (*d.to)->text));
+    EXPECT_EQ(drops, expected);
+  }
+  // A click without a move selects, and drags nothing.
+  root.seen.clear();
+  clickOn(a1y->element.get());
+  EXPECT_EQ(root.codes(), std::vector<int>{cTreeViewChild::kSelected});
+}
 
 TEST_F(TreeView, LaysOutRowsByDepthWithTheirExpanderKinds) {
   using eKind = cTreeViewControlElement::eCtlKind;

@@ -322,6 +322,22 @@ TEST_F(MainForm, AtItsSmallestTheWindowShowsEveryControl) {
   }
 }
 
+TEST_F(MainForm, ADefinitionDraggedOntoAnotherBecomesItsLastChildUndoably) {
+  open();
+  const sPoint from = centreOf(item("Child")->element.get());
+  const sPoint to = centreOf(item("Box")->element.get());
+  nsoff::button(from.x, from.y, 1, true);
+  nsoff::move(to.x, to.y);
+  nsoff::button(to.x, to.y, 1, false);
+  nsoff::runUntilIdle();
+  EXPECT_EQ(outline(form->tree().root()->firstItem()), "Box [Parent Child]");
+  EXPECT_EQ(form->current(), sig("Child"));
+  EXPECT_FALSE(form->document().saved());
+  pressKey('Z', {.ctrl = true});
+  EXPECT_EQ(outline(form->tree().root()->firstItem()), "Box [Parent [Child]]");
+  EXPECT_TRUE(form->document().saved());
+}
+
 TEST_F(MainForm, ARightClickSelectsItsItemBeforeTheMenu) {
   open();
   select("Box");
