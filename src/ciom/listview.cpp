@@ -40,6 +40,54 @@ void cListViewChild::setColumnWidth(int column, int width) {
   updateSize();
 }
 
+void cListViewChild::fitColumns(int stretch) {
+  myStretch = stretch;
+  refit();
+}
+
+void cListViewChild::refit() {
+  if (myStretch < 0 || myColumns.empty()) return;
+  // Text widths follow their lengths closely enough that only the longest few cells of a
+  // column need measuring, which keeps a list of many thousands quick to fit.
+  constexpr size_t kMeasured = 8;
+  const int pictures = [&] {
+    int w = 0;
+    if (myImages)
+      for (const auto& [id, image] : myImages->images())
+        if (const cPicture* p = image.get()) w = std::max(w, p->width() + kPictureGap);
+    return w;
+  }();
+  // The header's sort mark stands beside a title: every column keeps room for it.
+  const cPicture* mark = cCITheme::theme().getPict(tiSortUp);
+  const int sortMarkRoom = mark ? mark->width() + kPadding : 0;
+  int total = 0;
+  for (size_t c = 0; c < myColumns.size(); ++c) {
+    std::vector<const std::string*> longest;
+    for (const sRow& r : myRows) {
+      if (c < r.cells.size()) longest.push_back(&r.cells[c]);
+    }
+    const size_t keep = std::min(kMeasured, longest.size());
+    std::partial_sort(longest.begin(), longest.begin() + static_cast<std::ptrdiff_t>(keep),
+                      longest.end(), [](auto* a, auto* b) { return a->size() > b->size(); });
+    longest.resize(keep);
+    longest.push_back(&myColumns[c].title);
+    int widest = 0;
+    for (const std::string* text : longest) {
+      sSize size{};
+      if (!text->empty() && sizeOf(text->c_str(), size, stdFont()))
+        widest = std::max(widest, size.width);
+    }
+    widest += 2 * kPadding + (c == 0 ? pictures : 0) + sortMarkRoom;
+    myColumns[c].width = std::max(widest, kMinColumn);
+    total += myColumns[c].width;
+  }
+  const size_t stretch = std::min(static_cast<size_t>(myStretch), myColumns.size() - 1);
+  // The room beside a vertical bar, when the rows need one.
+  const int room = viewSize().width;
+  if (total < room) myColumns[stretch].width += room - total;
+  updateSize();
+}
+
 void cListViewChild::showHeader(bool on) {
   myHeaderShown = on;
   updateSize();
@@ -61,6 +109,7 @@ void cListViewChild::setRows(std::vector<sRow> rows) {
   myRows = std::move(rows);
   mySelected = -1;
   updateSize();
+  refit();
   scrollTo(scrollOffset().x, 0);
 }
 
@@ -92,6 +141,7 @@ void cListViewChild::updateSize() {
 void cListViewChild::onSizeChanged() {
   cScrollableElement::onSizeChanged();
   if (myRowHeight == 0) updateSize(); // now measured in the window's font
+  refit();
   if (mySelected >= 0) scrollToRow(mySelected);
 }
 
@@ -196,6 +246,7 @@ void cListViewChild::onMouseDoubleClick(int x, int y) {
 
 void cListViewChild::onMouseMoving(int x, int y) {
   if (myResizing >= 0) {
+    myStretch = -1; // the user's widths from now on
     setColumnWidth(myResizing, myResizeWidth + x - myResizeFrom);
     return;
   }

@@ -49,6 +49,11 @@ public:
   void setColumns(std::vector<sColumn> columns);
   const std::vector<sColumn>& columns() const { return myColumns; }
   void setColumnWidth(int column, int width);
+  // From now on each column is as wide as its title or its widest cell (measured in the
+  // list's font, the widest by length), and the view's spare width goes to column stretch;
+  // columns wider than the view together scroll sideways. Kept up as rows and the size
+  // change, until the user drags a column's edge.
+  void fitColumns(int stretch);
   void showHeader(bool on);
   // -1: no column marked.
   void setSortMark(int column, bool ascending);
@@ -95,6 +100,7 @@ private:
   static constexpr int kHeaderHeight = 20, kGrip = 3;
 
   void updateSize();
+  void refit(); // the fitted widths, when fitting
   void raise(int code, int index);
   void scrollToRow(int index);
   int rowsPerPage();
@@ -114,5 +120,6 @@ private:
   int myRowHeight = 0;
   int myHotColumn = -1, myPressedColumn = -1;
   int myResizing = -1, myResizeFrom = 0, myResizeWidth = 0;
+  int myStretch = -1; // the column that takes the spare width while fitting; -1: not fitting
   cTypeAhead myTyped;
 };

@@ -137,6 +137,7 @@ void cSampleTestForm::onConstruct() {
                      {string(txVerdict), 110, false},
                      {string(txSize), 70, true}});
   myRows.setSortMark(kSample, true);
+  myRows.fitColumns(kDefinition); // the spare width for the definitions' paths
   panel->anchor(&myRows, kMargin, listY, ~kMargin, ~kMargin);
 
   addDialogButtons(string(txClose), string(txCancel));

@@ -610,6 +610,27 @@ TEST_F(Widgets, AListViewMovesByKeysAndTypingAndItsColumnsDrag) {
   }
   EXPECT_EQ(widths, (std::vector<int>{160, cListViewChild::kMinColumn}));
   cChildElement::setTicks(nullptr);
+
+  // Fitted: the columns fill the room beside the vertical bar, the first taking what the
+  // second does not need; a cell too wide for the room widens its column, and the rows
+  // then scroll sideways.
+  list.fitColumns(0);
+  ASSERT_TRUE(list.vBarShown());
+  const auto total = [&] { return list.columns()[0].width + list.columns()[1].width; };
+  EXPECT_EQ(total(), list.viewSize().width);
+  EXPECT_LT(list.columns()[1].width, list.columns()[0].width);
+  EXPECT_FALSE(list.hBarShown());
+  std::vector<cListViewChild::sRow> wide;
+  const std::string size(80, '8');
+  wide.push_back({{"apple", size}});
+  for (int i = 0; i < 60; ++i) wide.push_back({{"item", "1"}});
+  list.setRows(std::move(wide));
+  nsoff::runUntilIdle();
+  sSize text;
+  ASSERT_TRUE(list.sizeOf(size.c_str(), text, nullptr));
+  EXPECT_GT(list.columns()[1].width, text.width);
+  EXPECT_GT(total(), list.viewSize().width);
+  EXPECT_TRUE(list.hBarShown());
 }
 
 TEST_F(Widgets, AProgressBarFillsItsShareOrRunsBusy) {
