@@ -16,6 +16,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -236,6 +237,7 @@ bool cXlibPlatform::realize(sNSWnd* base) {
 
 void cXlibPlatform::unrealize(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
+  std::erase(myPendingMaps, wnd);
   if (wnd->ic) XDestroyIC(wnd->ic);
   dropBackBuffer(wnd);
   if (wnd->winSurface) cairo_surface_destroy(wnd->winSurface);
@@ -246,12 +248,26 @@ void cXlibPlatform::unrealize(sNSWnd* base) {
 
 void cXlibPlatform::map(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
+  // A popup takes no focus: it shows at once.
+  if (!wnd->popup && !myHeldKeys.empty()) {
+    if (std::find(myPendingMaps.begin(), myPendingMaps.end(), wnd) == myPendingMaps.end())
+      myPendingMaps.push_back(wnd);
+    myMapDeadline = clockMs() + kHeldKeyMapMs;
+    return;
+  }
   XMapRaised(myDisplay, wnd->win);
+  XFlush(myDisplay);
+}
+
+void cXlibPlatform::mapPending() {
+  myHeldKeys.clear(); // released, or given up on
+  for (sXWnd* wnd : std::exchange(myPendingMaps, {})) XMapRaised(myDisplay, wnd->win);
   XFlush(myDisplay);
 }
 
 void cXlibPlatform::unmap(sNSWnd* base) {
   auto* wnd = static_cast<sXWnd*>(base);
+  std::erase(myPendingMaps, wnd);
   if (capture() == wnd) grabPointer(wnd, false);
   XUnmapWindow(myDisplay, wnd->win);
   wnd->mapped = false;
@@ -324,7 +340,14 @@ bool cXlibPlatform::waitEvents() {
   XFlush(myDisplay);
   if (XPending(myDisplay)) return true;
   pollfd fds[2] = {{ConnectionNumber(myDisplay), POLLIN, 0}, {myWakeFd, POLLIN, 0}};
-  if (poll(fds, 2, nextTimerMs()) < 0) return true; // interrupted: look again
+  int timeout = nextTimerMs();
+  if (!myPendingMaps.empty()) {
+    const long long left = std::max(0LL, myMapDeadline - clockMs());
+    timeout = timeout < 0 ? static_cast<int>(left) : std::min(timeout, static_cast<int>(left));
+  }
+  const int ready = poll(fds, 2, timeout);
+  if (!myPendingMaps.empty() && clockMs() >= myMapDeadline) mapPending();
+  if (ready < 0) return true; // interrupted: look again
   if (fds[1].revents & POLLIN) {
     eventfd_t value = 0;
     eventfd_read(myWakeFd, &value);
@@ -448,6 +471,11 @@ void cXlibPlatform::handle(XEvent& ev) {
     break;
   case FocusOut:
     if (ev.xfocus.detail == NotifyPointer || ev.xfocus.mode == NotifyGrab) break;
+    // Keys released in another window never tell us: none counts as held any more.
+    if (myPendingMaps.empty())
+      myHeldKeys.clear();
+    else
+      mapPending();
     if (wnd->ic) XUnsetICFocus(wnd->ic);
     wnd->send(nseFocusLost, nullptr);
     break;
@@ -496,6 +524,12 @@ void cXlibPlatform::handleButton(XButtonEvent& ev, bool down) {
 }
 
 void cXlibPlatform::handleKey(XKeyEvent& ev, bool down) {
+  if (down) {
+    myHeldKeys.insert(ev.keycode);
+  } else {
+    myHeldKeys.erase(ev.keycode);
+    if (myHeldKeys.empty() && !myPendingMaps.empty()) mapPending();
+  }
   const int group = static_cast<int>(ev.state >> 13 & 3);
   const auto code = static_cast<KeyCode>(ev.keycode);
   const KeySym sym = XkbKeycodeToKeysym(myDisplay, code, group, 0);

@@ -5,6 +5,7 @@
 #include <X11/Xutil.h>
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -112,6 +113,11 @@ private:
   void whileWaiting(XEvent& ev);
   // Events that came in while waiting for the clipboard, handled by the next pass.
   void defer(const XEvent& ev) { myDeferred.push_back(ev); }
+  // Windows shown while a key is down wait for its release (kHeldKeyMapMs at most), so that
+  // the focus never moves between a key's press and its release: a tool that sends the
+  // release to the window that had the focus would leave the key down in the server,
+  // which then repeats it or swallows its next press.
+  void mapPending();
 
   Display* myDisplay;
   int myScreen;
@@ -125,6 +131,10 @@ private:
   bool myCursorSized = false;
   std::map<std::string, Atom> myAtoms;
   std::deque<XEvent> myDeferred;
+  static constexpr long long kHeldKeyMapMs = 300;
+  std::set<unsigned> myHeldKeys; // key codes pressed in our windows and not yet released
+  std::vector<sXWnd*> myPendingMaps;
+  long long myMapDeadline = 0;
   int myWM = -1; // -1 unknown, 0 none, 1 present
   bool mySleepBlocked = false;
   // Clipboard: the hidden window that owns it and what we offer.

@@ -216,6 +216,83 @@ TEST_F(X11, KeysTypedWithXdotoolArriveAsCodesAndCharacters) {
   EXPECT_EQ(dialog.chars, (std::vector<unsigned short>{'a', 'q'}));
 }
 
+// A window that a key's press opens over the main one shows once the key is released, or
+// after a moment when no release comes: the focus never moves between the two, so a tool
+// that releases the key into the window that had the focus leaves no key down.
+TEST_F(X11, AWindowOpenedByAKeyShowsOnceTheKeyIsReleased) {
+  // The dialog's window, known once it is drawn (into its buffer, mapped or not).
+  struct cPainted : cXRoot {
+    std::atomic<unsigned long> window{0};
+    void onPaint(cCanvas* canvas) override {
+      window = nswnd_xid(static_cast<NSWND>(winTarget()->_rt_rawhandle()));
+      cXRoot::onPaint(canvas);
+    }
+  };
+  struct cOpener : cXRoot {
+    cNSWMaker* maker = nullptr;
+    cPainted* dialog = nullptr;
+    std::atomic<bool> pressed{false};
+    bool processKey(int key, bool shift, bool ctrl, bool alt) override {
+      if (key != 'S' || pressed) return cXRoot::processKey(key, shift, ctrl, alt);
+      pressed = true;
+      maker->modal("opened", 120, 80, dialog, winTarget(), false);
+      return true;
+    }
+  };
+  const KeyCode s = XKeysymToKeycode(other, 's');
+  for (const bool released : {true, false}) {
+    SCOPED_TRACE(released ? "released" : "never released");
+    cPainted dialog;
+    dialog.endOn = 0;
+    cOpener main;
+    main.endOn = 0;
+    main.maker = &ns();
+    main.dialog = &dialog;
+    std::atomic<bool> held{false}, shown{false};
+    std::thread typist([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(400));
+      const unsigned long win = xid(main);
+      auto send = [&](int type) {
+        XEvent ev{};
+        ev.xkey.type = type;
+        ev.xkey.display = other;
+        ev.xkey.window = win;
+        ev.xkey.root = DefaultRootWindow(other);
+        ev.xkey.keycode = s;
+        ev.xkey.same_screen = True;
+        XSendEvent(other, win, True, type == KeyPress ? KeyPressMask : KeyReleaseMask, &ev);
+        XFlush(other);
+      };
+      auto mapped = [&] {
+        XWindowAttributes a{};
+        return dialog.window && XGetWindowAttributes(other, dialog.window, &a) &&
+               a.map_state != IsUnmapped;
+      };
+      send(KeyPress);
+      for (int i = 0; i < 200 && !dialog.window; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      held = dialog.window && !mapped(); // within the moment a held key holds it back
+      if (released) send(KeyRelease);
+      for (int i = 0; i < 200 && !mapped(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      shown = mapped();
+      dialog.postAction(new cChildAction(9));
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      main.postAction(new cChildAction(9));
+    });
+    std::atomic<bool> ended{false};
+    std::thread watchdog = later(main, 8000, ended);
+    ns().modal("main", 200, 100, &main, nullptr, false);
+    ended = true;
+    typist.join();
+    watchdog.join();
+    EXPECT_TRUE(main.pressed);
+    EXPECT_TRUE(held);
+    EXPECT_TRUE(shown);
+  }
+}
+
 // A form with one focused edit box; a code-9 action ends its modal run.
 class cEditDialog : public cCustomForm {
 public:
