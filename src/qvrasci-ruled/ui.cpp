@@ -229,7 +229,8 @@ bool cRuledMainForm::processKey(int key, bool shift, bool ctrl, bool alt) {
       return true;
     }
   }
-  if (ctrl && !alt && (key == 'Z' || (key == 'Y' && !shift))) {
+  // In the find field these undo its typing.
+  if (ctrl && !alt && (key == 'Z' || (key == 'Y' && !shift)) && !myFind.hasFocus()) {
     undo(key == 'Y' || shift);
     return true;
   }

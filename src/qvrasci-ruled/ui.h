@@ -174,7 +174,7 @@ private:
   void showState();
   void clearSelection();
   // Removes the definition at once; the selection moves to a neighbour.
-  void dropSig(tItem* item);
+  void removeSig(tItem* item);
   bool treeFocused();
   // ctrl+F, F3 and shift+F3 anywhere; Enter and Escape in the find field.
   bool findKey(int key, bool shift, bool ctrl, bool alt);

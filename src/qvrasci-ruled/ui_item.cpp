@@ -193,10 +193,10 @@ void cRuledMainForm::delSig(tItem* item) {
   if (!sig) return;
   const std::string question =
       std::string(string(txDeleteQuestion)) + "\n\"" + sig->name.c_str() + "\"";
-  if (cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) dropSig(item);
+  if (cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) removeSig(item);
 }
 
-void cRuledMainForm::dropSig(tItem* item) {
+void cRuledMainForm::removeSig(tItem* item) {
   auto* sig = static_cast<cScanSignature*>(item->data);
   // The selection goes to the next sibling, else the previous, else the parent, and the
   // rows stay where they were.
@@ -223,7 +223,7 @@ void cRuledMainForm::copySig(bool cut) {
     cMessageForm::errorbox(this, (std::string(string(txCannotCopy)) + "\n" + why).c_str(), nullptr);
     return;
   }
-  if (clipboardCopyText(text.c_str(), static_cast<long long>(text.size())) && cut) dropSig(item);
+  if (clipboardCopyText(text.c_str(), static_cast<long long>(text.size())) && cut) removeSig(item);
 }
 
 void cRuledMainForm::pasteSigs() {

@@ -18,7 +18,7 @@ TEST(RuledLang, SectionsAndQuotedTexts) {
   ASSERT_TRUE(cLibLang::applyLang(lngEnglish));
   const std::pair<const char*, int> sections[] = {
       {"ruled::main", 82},  {"ruled::status", 2}, {"ruled::about", 1}, {"ruled::sig", 26},
-      {"ruled::field", 18}, {"ruled::txt", 5},    {"ruled::rule", 4},    {"ruled::test", 24}};
+      {"ruled::field", 18}, {"ruled::txt", 5},    {"ruled::rule", 4},  {"ruled::test", 24}};
   for (const auto& [section, count] : sections) {
     ASSERT_NE(cLibLang::gCiomLang().section(section), nullptr) << section;
     EXPECT_EQ(cLibLang::gCiomLang().section(section)->count(), count) << section;

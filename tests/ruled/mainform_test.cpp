@@ -277,10 +277,11 @@ definition "Gamma" ext "two" mode never {
       {0, "p", false, "Alpha", true}, // "alp": the selected one still matches
       {0, "x", false, "Alpha", false},
       {cChildElement::kKeyBackspace, "", false, "Alpha", true},
+      {'Z', "", false, "Alpha", false}, // ctrl+Z: the field's Backspace, not the set's
   };
   for (const auto& step : kSteps) {
     if (step.key)
-      pressKey(step.key, {.shift = step.shift});
+      pressKey(step.key, {.shift = step.shift, .ctrl = step.key == 'Z'});
     else
       typeText(step.text);
     ASSERT_NE(form->current(), nullptr);
@@ -288,6 +289,8 @@ definition "Gamma" ext "two" mode never {
     EXPECT_EQ(field.bgColor() == background, step.found) << field.text();
     EXPECT_TRUE(field.hasFocus());
   }
+  EXPECT_STREQ(field.text(), "alpx");
+  EXPECT_TRUE(form->document().saved());
   pressKey(kEscape);
   EXPECT_FALSE(field.visible());
   EXPECT_EQ(form->tree().height(), treeHeight);
