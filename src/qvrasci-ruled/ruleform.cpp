@@ -122,7 +122,7 @@ bool cRuleForm::explain(int row, const char* title, const std::string& body) {
 bool cRuleForm::onAction(cChildElement* source, cChildAction* action) {
   // The panel has just shown the selected row's description; a refusal of that row that
   // moved the focus there is shown instead.
-  if (action && action->code == cPropSheetChild::kSelected && myExplained) {
+  if (source == &sheet() && action && action->code == cPropSheetChild::kSelected && myExplained) {
     const int row = static_cast<cPropSheetChild::cPropSheetAction*>(action)->prop;
     if (row == myExplained) properties().display().setText(myReasonTitle.c_str(), myReason.c_str());
     myExplained = 0;

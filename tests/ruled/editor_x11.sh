@@ -19,8 +19,10 @@ export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0"
 home=$(mktemp -d)
 log=$(mktemp)
 pid=
+clip=
 cleanup() {
   [[ -n "$pid" ]] && kill "$pid" 2>/dev/null || true
+  [[ -n "$clip" ]] && kill "$clip" 2>/dev/null || true
   rm -rf "$home" "$log"
 }
 trap cleanup EXIT
@@ -200,8 +202,14 @@ saveAs "$work/undone.qrrs"
 cmp -s "$work/in.qrrs" "$work/undone.qrrs" || fail "the undone delete saved another set"
 
 # Definitions from another program's clipboard, pasted at the top level, then found.
-printf 'definition "Pasted kind" ext "pst" {\n  start at 0: %s\n}\n' "'PST'" |
-  xclip -selection clipboard -i
+# xclip serves the clipboard until it is killed; its output must not hold the test's open.
+printf 'definition "Pasted kind" ext "pst" {\n  start at 0: %s\n}\n' "'PST'" >"$home/paste.txt"
+xclip -selection clipboard -i -quiet "$home/paste.txt" >/dev/null 2>&1 &
+clip=$!
+for _ in $(seq 50); do
+  [[ "$(xclip -selection clipboard -o 2>/dev/null)" == "$(cat "$home/paste.txt")" ]] && break
+  sleep 0.1
+done
 xdotool key Home ctrl+v
 sleep 0.3
 xdotool key ctrl+f
@@ -213,6 +221,8 @@ saveAs "$work/pasted.qrrs"
 closeEditor "$wid"
 shown=$("$rules" show "$work/pasted.qrrs")
 grep -q '^Pasted kind' <<<"$shown" || fail "the pasted definition was not saved"
+kill "$clip" 2>/dev/null || true
+clip=
 
 # A full disk: the save fails, the set stays unsaved, and closing asks (No keeps the
 # window, Yes ends it).
