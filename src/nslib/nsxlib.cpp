@@ -799,7 +799,10 @@ void cXlibPlatform::grabPointer(sNSWnd* base, bool on) {
 void cXlibPlatform::modalBegin(sNSWnd* base, sNSWnd* ownerBase) {
   auto* wnd = static_cast<sXWnd*>(base);
   if (wnd->popup) return; // a modal popup stays where it was opened
-  setAtomProperty(wnd->win, "_NET_WM_WINDOW_TYPE", {"_NET_WM_WINDOW_TYPE_DIALOG"});
+  // Only a window over another is a dialog: the program's own main window is a normal one,
+  // which window managers list and place as such.
+  setAtomProperty(wnd->win, "_NET_WM_WINDOW_TYPE",
+                  {ownerBase ? "_NET_WM_WINDOW_TYPE_DIALOG" : "_NET_WM_WINDOW_TYPE_NORMAL"});
   if (!ownerBase) return;
   auto* owner = static_cast<sXWnd*>(ownerBase);
   XSetTransientForHint(myDisplay, wnd->win, owner->win);

@@ -3,6 +3,7 @@
 // file chosen in the file dialog.
 #include <gtest/gtest.h>
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <atomic>
@@ -216,6 +217,24 @@ TEST_F(X11, KeysTypedWithXdotoolArriveAsCodesAndCharacters) {
   EXPECT_EQ(dialog.chars, (std::vector<unsigned short>{'a', 'q'}));
 }
 
+// The window type a window carries, as a window manager reads it; "" for none.
+std::string windowType(Display* dpy, unsigned long win) {
+  Atom type = None;
+  int format = 0;
+  unsigned long count = 0, after = 0;
+  unsigned char* data = nullptr;
+  std::string name;
+  if (XGetWindowProperty(dpy, win, XInternAtom(dpy, "_NET_WM_WINDOW_TYPE", False), 0, 1, False,
+                         XA_ATOM, &type, &format, &count, &after, &data) == Success &&
+      data && count == 1) {
+    char* atom = XGetAtomName(dpy, *reinterpret_cast<Atom*>(data));
+    if (atom) name = atom;
+    XFree(atom);
+  }
+  if (data) XFree(data);
+  return name;
+}
+
 // A window that a key's press opens over the main one shows once the key is released, or
 // after a moment when no release comes: the focus never moves between the two, so a tool
 // that releases the key into the window that had the focus leaves no key down.
@@ -249,6 +268,7 @@ TEST_F(X11, AWindowOpenedByAKeyShowsOnceTheKeyIsReleased) {
     main.maker = &ns();
     main.dialog = &dialog;
     std::atomic<bool> held{false}, shown{false};
+    std::string types; // the main window's and the dialog's
     std::thread typist([&] {
       std::this_thread::sleep_for(std::chrono::milliseconds(400));
       const unsigned long win = xid(main);
@@ -277,6 +297,7 @@ TEST_F(X11, AWindowOpenedByAKeyShowsOnceTheKeyIsReleased) {
       for (int i = 0; i < 200 && !mapped(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
       shown = mapped();
+      types = windowType(other, win) + " " + windowType(other, dialog.window);
       dialog.postAction(new cChildAction(9));
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
       main.postAction(new cChildAction(9));
@@ -290,6 +311,8 @@ TEST_F(X11, AWindowOpenedByAKeyShowsOnceTheKeyIsReleased) {
     EXPECT_TRUE(main.pressed);
     EXPECT_TRUE(held);
     EXPECT_TRUE(shown);
+    // Only the window over another is a dialog.
+    EXPECT_EQ(types, "_NET_WM_WINDOW_TYPE_NORMAL _NET_WM_WINDOW_TYPE_DIALOG");
   }
 }
 
