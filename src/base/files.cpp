@@ -183,3 +183,9 @@ bool cFileIO::remove(const char* path) {
 bool cFileIO::move(const char* from, const char* to) {
   return from && to && ::rename(from, to) == 0;
 }
+
+bool file_read_only(const char* path) {
+  struct stat st {};
+  if (!path || ::stat(path, &st) != 0 || !S_ISREG(st.st_mode)) return false;
+  return ::access(path, W_OK) != 0 || (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}

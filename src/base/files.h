@@ -33,11 +33,16 @@ inline bool file_valid(tFileHandle h) {
 // The platform's text for an error number, after "context: " when a context is given.
 bool getOSErrorMessage(int error, _guardchar<char>& out, const char* context = nullptr);
 
+// True when a file stands at path that the user may not write, or that is marked read-only
+// for everyone (which even the superuser, who may write it, is asked about).
+bool file_read_only(const char* path);
+
 // Writing a whole file so that it is never seen half written: the bytes go to a new file
 // beside path, are flushed to the disk and renamed over path, so that path holds either its
 // old bytes or all the new ones, whatever happens (a full disk, a crash, a power cut). A
 // symbolic link stays a link: the file it names is replaced. A replaced file keeps its
-// permissions; a new one gets those of file_create. On failure the new file is removed,
+// permissions, and its owner and group where the system allows; a new one gets the
+// permissions of file_create. On failure the new file is removed,
 // and the result says which step failed and the error number.
 enum eReplaceStep { rsNone = 0, rsCreate = 1, rsWrite = 2, rsFlush = 3, rsRename = 4 };
 struct sReplaceResult {

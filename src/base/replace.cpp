@@ -58,7 +58,14 @@ sReplaceResult file_replace(const char* path, const void* data, unsigned long lo
   const int fd = madeToFail(rsCreate) ? -1 : ::mkostemp(part.data(), O_CLOEXEC);
   if (fd < 0) return {rsCreate, errno};
   struct stat old {};
-  ::fchmod(fd, ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0664);
+  const bool replacing = ::stat(target.c_str(), &old) == 0;
+  // The owner first: changing it may clear the set-id bits, which the mode then restores.
+  // Only the superuser may give a file away; anyone else keeps their own.
+  if (replacing && ::fchown(fd, old.st_uid, old.st_gid) != 0 &&
+      ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0) {
+    // Neither is ours to give: the new file stays the user's.
+  }
+  ::fchmod(fd, replacing ? old.st_mode & 07777 : 0664);
   sReplaceResult result;
   if (!writeAll(fd, static_cast<const unsigned char*>(data), size) || madeToFail(rsWrite))
     result = {rsWrite, errno};

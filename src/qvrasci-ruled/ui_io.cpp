@@ -1,5 +1,6 @@
 // Opening, merging and saving rules files through the file dialogs; the document does the
 // work (a save writes a new file beside the old one and renames it over it).
+#include "base/files.h"
 #include "ciom/filechoose.h"
 #include "ciom/messageform.h"
 #include "config.h"
@@ -79,6 +80,11 @@ void cRuledMainForm::saveSigs() {
 
 void cRuledMainForm::saveFile(const char* path) {
   if (!path) return;
+  // A save puts a new file in the old one's place, which a read-only file does not stop.
+  if (file_read_only(path)) {
+    const std::string question = std::string(string(txReadOnlyQuestion)) + "\n" + path;
+    if (!cMessageForm::warnconfirmbox(this, question.c_str(), nullptr)) return;
+  }
   const sRulesFileResult result = myDoc.save(path);
   if (!result.ok())
     fileError(result.outcome == sRulesFileResult::roCannotCreate ? txCannotCreate : txCannotWrite,

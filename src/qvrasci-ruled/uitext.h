@@ -75,4 +75,5 @@ enum eRuledMainText {
   txCannotCopy = 79,
   txFind = 80,
   txDefinitionText = 81, // the name of the text form's filter
+  txReadOnlyQuestion = 82,
 };

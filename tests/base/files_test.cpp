@@ -114,6 +114,33 @@ TEST(FileIO, ReplaceWritesAWholeFileOrNone) {
         << step;
   }
   EXPECT_TRUE(file_replace(target.c_str(), "third", 5).ok());
+
+  // A read-only file is told apart (also from the superuser, who may write it), and a
+  // replaced one keeps its mode and, where the system allows, its owner and group.
+  const struct {
+    const char* name;
+    mode_t mode; // 0: none there
+    bool readOnly;
+  } kFiles[] = {{"none", 0, false}, {"rw", 0644, false}, {"ro", 0444, true}, {"wo", 0200, false}};
+  for (const auto& f : kFiles) {
+    const std::string path = dir / f.name;
+    if (f.mode) {
+      writeFile(path, "x");
+      ASSERT_EQ(chmod(path.c_str(), f.mode), 0);
+    }
+    EXPECT_EQ(file_read_only(path.c_str()), f.readOnly) << f.name;
+  }
+  EXPECT_FALSE(file_read_only(folder.c_str()));
+  const std::string ro = dir / "ro";
+  const bool root = geteuid() == 0;
+  if (root) {
+    ASSERT_EQ(chown(ro.c_str(), 1, 1), 0);
+  }
+  ASSERT_TRUE(file_replace(ro.c_str(), "new", 3).ok());
+  EXPECT_EQ(readFile(ro), "new");
+  ASSERT_EQ(stat(ro.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0444u);
+  EXPECT_EQ(st.st_uid, root ? 1u : geteuid());
 }
 
 TEST(FileIO, SetTimeTakesLocalTime) {

@@ -1,6 +1,8 @@
 // The editor's main form, driven offscreen by keys and clicks as a user would.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -339,6 +341,25 @@ TEST_F(MainForm, ADefinitionDraggedOntoAnotherBecomesItsLastChildUndoably) {
   pressKey('Z', {.ctrl = true});
   EXPECT_EQ(outline(form->tree().root()->firstItem()), "Box [Parent [Child]]");
   EXPECT_TRUE(form->document().saved());
+}
+
+TEST_F(MainForm, SavingOverAReadOnlyFileAsksFirst) {
+  open();
+  const std::string path = form->document().path(), before = readFile(path);
+  ASSERT_EQ(chmod(path.c_str(), 0444), 0);
+  select("Child");
+  cScript rename({[] { retype("Renamed"); }});
+  press(Form::kGeneral, Form::rName);
+  for (const int answer : {kEscape, kEnter}) { // no, then yes
+    cScript ask({[answer] { nsoff::key(answer); }});
+    form->saveFile(path.c_str());
+    EXPECT_EQ(ask.done(), 1u);
+    EXPECT_EQ(readFile(path) == before, answer == kEscape);
+    EXPECT_EQ(form->document().saved(), answer == kEnter);
+  }
+  struct stat st {};
+  ASSERT_EQ(stat(path.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0444u);
 }
 
 TEST_F(MainForm, ARightClickSelectsItsItemBeforeTheMenu) {
