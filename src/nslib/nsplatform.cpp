@@ -1,6 +1,7 @@
 #include "nsplatform.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -248,7 +249,27 @@ void cNSPlatform::msgloop() {
   }
 }
 
+namespace {
+
+std::atomic<bool> gEndRequested{false};
+
+} // namespace
+
+void cNSPlatform::requestEnd() {
+  gEndRequested = true;
+  if (cNSPlatform* p = current()) p->wakeUp();
+}
+
 bool cNSPlatform::pass(bool mayWait) {
+  if (gEndRequested) {
+    // Every window counts as closed, and every modal run, started before or after, ends
+    // as a cancel.
+    for (sNSWnd* w : windows()) {
+      if (w->inModal && w->modalResult == kNSModalRunning) w->modalResult = 0;
+      w->shown = false;
+    }
+    return true;
+  }
   bool busy = fireTimers();
   busy = deliverWakes() || busy;
   busy = dispatchQueued() || busy;

@@ -81,6 +81,9 @@ public:
   // nothing to do and mayWait is set. False when nothing is left to do and nothing can
   // come any more.
   bool pass(bool mayWait);
+  // Ends every run, now and from then on: modal runs return 0 and the message loop ends.
+  // Only sets a flag and wakes the loop, so a signal handler may call it.
+  static void requestEnd();
   // Timers (nswg_timer_start): kept in start order, fired by pass() once due.
   unsigned startTimer(unsigned ms, bool repeat, tNSTimerCallback fn, void* param);
   void stopTimer(unsigned id);

@@ -1,5 +1,6 @@
 // The operation list, forwarded to the backend chosen by nswnd_init.
 #include <algorithm>
+#include <csignal>
 #include <string>
 
 #include "nsplatform.h"
@@ -22,6 +23,21 @@ cNSPlatform* owning(NSWND wnd) {
 }
 
 } // namespace
+
+namespace {
+
+void onEndSignal(int) {
+  cNSPlatform::requestEnd();
+}
+
+} // namespace
+
+bool nswg_end_on_signals() {
+  struct sigaction action {};
+  action.sa_handler = onEndSignal;
+  sigemptyset(&action.sa_mask);
+  return sigaction(SIGTERM, &action, nullptr) == 0 && sigaction(SIGINT, &action, nullptr) == 0;
+}
 
 bool nswnd_init() {
   return cNSPlatform::open(lastError());

@@ -146,6 +146,11 @@ bool nswnd_focus(NSWND wnd);
 unsigned long nswnd_xid(NSWND wnd);
 bool nswnd_set_caption(NSWND wnd, const char* text);
 
+// From now on SIGTERM and SIGINT end every window's run at once, as a cancel, instead of
+// killing the process: modal runs return 0 and the message loop ends, so the program ends
+// as it does when its last window closes. False when the handlers cannot be installed.
+bool nswg_end_on_signals();
+
 // Keeps the display awake until nswg_unblock_sleep; one request per process.
 bool nswg_block_sleep(const char* reason);
 void nswg_unblock_sleep();

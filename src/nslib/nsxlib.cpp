@@ -417,6 +417,13 @@ void cXlibPlatform::handle(XEvent& ev) {
   case UnmapNotify:
     wnd->mapped = false;
     break;
+  case DestroyNotify:
+    // Our own windows are forgotten before they are destroyed: one still known here was
+    // destroyed by another client. Its modal run ends as a cancel, and it counts as closed.
+    if (ev.xdestroywindow.window != wnd->win) break;
+    wnd->mapped = wnd->shown = false;
+    if (wnd->inModal && wnd->modalResult == kNSModalRunning) wnd->modalResult = 0;
+    break;
   case ConfigureNotify: {
     Window child = 0;
     XTranslateCoordinates(myDisplay, wnd->win, myRoot, 0, 0, &wnd->devX, &wnd->devY, &child);

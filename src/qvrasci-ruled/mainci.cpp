@@ -81,6 +81,8 @@ int runUI(void* platformArg1, void* platformArg2, int platformFlags, int argc, c
     std::fprintf(stderr, "qvraci-ruled: %s\n", nswnd_error());
     return 1;
   }
+  // SIGTERM and SIGINT close the editor within a moment instead of killing it.
+  nswg_end_on_signals();
   initConfig();
   cLibLang::applyLang(currLangID());
 

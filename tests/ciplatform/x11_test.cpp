@@ -140,6 +140,28 @@ TEST_F(X11, AWindowOpensPaintsAndClosesThroughDeleteWindow) {
   EXPECT_NE(a.map_state, IsViewable);
 }
 
+TEST_F(X11, AModalWindowDestroyedByAnotherClientEndsItsRunAsACancel) {
+  cXRoot root;
+  root.endOn = 7; // the watchdog's answer, had the destruction not ended the run
+  std::atomic<bool> ended{false};
+  std::thread destroyer([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const unsigned long win = xid(root);
+    for (int i = 0; i < 100; ++i) {
+      XWindowAttributes a;
+      if (XGetWindowAttributes(other, win, &a) && a.map_state == IsViewable) break;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    XDestroyWindow(other, win); // as xdotool windowclose, or a window manager gone wrong
+    XFlush(other);
+  });
+  std::thread watchdog = later(root, 8000, ended);
+  EXPECT_EQ(ns().modal("destroyed", 160, 120, &root, nullptr, false), 0);
+  ended = true;
+  destroyer.join();
+  watchdog.join();
+}
+
 TEST_F(X11, PaintingReachesTheScreen) {
   cXRoot dialog;
   dialog.colour = 0x00FF00; // green

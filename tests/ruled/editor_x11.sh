@@ -266,4 +266,18 @@ if unshare -rm true 2>/dev/null; then
 else
   echo "no mount namespace here: the full-disk save is tested offscreen only"
 fi
+# Ended from outside: SIGTERM, or the window destroyed by another client (a crashed window
+# manager, xdotool windowclose), ends the editor within a moment with status 0.
+for how in term destroy; do
+  HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
+  pid=$!
+  wid=$(window "$main")
+  [[ -n "$wid" ]] || fail "no window to end by $how"
+  if [[ $how == term ]]; then kill -TERM "$pid"; else xdotool windowclose "$wid"; fi
+  timeout 5 tail --pid="$pid" -f /dev/null || fail "$how did not end the editor"
+  status=0
+  wait "$pid" || status=$?
+  pid=
+  [[ $status -eq 0 ]] || fail "ended by $how with status $status"
+done
 echo "screenshots in $out"
