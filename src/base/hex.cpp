@@ -47,3 +47,17 @@ bool hexToBytes(const char* text, _typebuf<unsigned char>& out) {
 bool hexToBytes(const unsigned short* text, _typebuf<unsigned char>& out) {
   return readPairs(text, out);
 }
+
+bool readWholeNumber(std::string_view text, unsigned long long& value) {
+  const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  if (hex) text.remove_prefix(2);
+  const unsigned base = hex ? 16 : 10;
+  value = 0;
+  for (const char c : text) {
+    const int d = digit(static_cast<unsigned char>(c));
+    if (d < 0 || d >= static_cast<int>(base)) return false;
+    const auto u = static_cast<unsigned>(d);
+    value = value > (~0ULL - u) / base ? ~0ULL : value * base + u;
+  }
+  return !text.empty();
+}

@@ -1,5 +1,7 @@
-// Strict readers of hex strings.
+// Strict readers of hex strings, and of numbers written in decimal or hex.
 #pragma once
+
+#include <string_view>
 
 #include "buffers.h"
 
@@ -12,3 +14,7 @@ int getHexb(const unsigned short* s);
 // half that many bytes. False at the first pair that is not hex.
 bool hexToBytes(const char* text, _typebuf<unsigned char>& out);
 bool hexToBytes(const unsigned short* text, _typebuf<unsigned char>& out);
+
+// A whole number in decimal, or in hex after "0x" or "0X", with nothing before or after it;
+// a number past 64 bits reads as the largest. False for anything else, and for nothing.
+bool readWholeNumber(std::string_view text, unsigned long long& value);

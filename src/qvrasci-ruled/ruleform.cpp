@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "base/hex.h"
 #include "cihex/search.h"
 #include "ciom/langfile.h"
 #include "ciom/theme.h"
@@ -21,30 +22,12 @@ constexpr int txSyntax = 4;
 constexpr int txNotNumber = 0, txNotNumberWhy = 1, txOutOfRange = 2, txOutOfRangeWhy = 3;
 
 // A whole number in decimal or 0x hex, blanks around it allowed; a number too large for
-// 64 bits reads as the largest. False for anything else, and for nothing.
+// 64 bits reads as the largest.
 bool parseNumber(const char* text, unsigned long long& value) {
-  const char* p = text ? text : "";
-  while (*p == ' ' || *p == '\t') ++p;
-  const bool hex = p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
-  if (hex) p += 2;
-  const unsigned base = hex ? 16 : 10;
-  value = 0;
-  int digits = 0;
-  for (;; ++p, ++digits) {
-    const char c = *p;
-    unsigned d = 0;
-    if (c >= '0' && c <= '9')
-      d = static_cast<unsigned>(c - '0');
-    else if (hex && c >= 'a' && c <= 'f')
-      d = static_cast<unsigned>(c - 'a' + 10);
-    else if (hex && c >= 'A' && c <= 'F')
-      d = static_cast<unsigned>(c - 'A' + 10);
-    else
-      break;
-    value = value > (~0ULL - d) / base ? ~0ULL : value * base + d;
-  }
-  while (*p == ' ' || *p == '\t') ++p;
-  return digits > 0 && *p == 0;
+  std::string_view s = text ? text : "";
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+  return readWholeNumber(s, value);
 }
 
 // The number, from 1, of the character (not byte) at offset `at` of a UTF-8 text.

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/hex.h"
 #include "cihex/advlexer.h"
 #include "csigformat.h"
 
@@ -183,19 +184,12 @@ std::string_view trimmed(std::string_view s) {
   return s;
 }
 
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
 // Reads "\xHH" at s[i] (after the backslash: s[i] is 'x'); a zero byte is refused.
 bool readByteEscape(std::string_view s, size_t& i, std::string& out) {
   if (i + 3 > s.size() || s[i] != 'x') return false;
-  const int hi = hexDigit(s[i + 1]), lo = hexDigit(s[i + 2]);
-  if (hi < 0 || lo < 0 || (hi == 0 && lo == 0)) return false;
-  out += static_cast<char>(hi * 16 + lo);
+  const int byte = getHexb(s.data() + i + 1);
+  if (byte <= 0) return false;
+  out += static_cast<char>(byte);
   i += 3;
   return true;
 }
@@ -260,17 +254,10 @@ bool unescapePattern(std::string_view s, std::string& out) {
 }
 
 bool parseNumber(const std::string& s, unsigned long long max, unsigned long long& value) {
-  const bool hex = s.size() > 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X');
-  const size_t from = hex ? 2 : 0;
-  if (s.size() == from || s.size() - from > 20) return false;
-  value = 0;
-  for (size_t i = from; i < s.size(); ++i) {
-    const int d = hexDigit(s[i]);
-    if (d < 0 || (!hex && d > 9)) return false;
-    value = value * (hex ? 16 : 10) + static_cast<unsigned long long>(d);
-    if (value > max) return false;
-  }
-  return true;
+  // At most 20 digits, leading zeros included.
+  const size_t digits =
+      s.size() - (s.size() > 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X') ? 2 : 0);
+  return digits <= 20 && readWholeNumber(s, value) && value <= max;
 }
 
 // ---- Reading: the words of a line -------------------------------------------------------

@@ -263,6 +263,30 @@ TEST(Hex, StrictReaders) {
   EXPECT_FALSE(hexToBytes(static_cast<const char*>(nullptr), out));
   EXPECT_TRUE(hexToBytes(w(u"ff01"), out));
   EXPECT_EQ(out[0], 0xFF);
+
+  // Whole numbers: decimal or 0x hex, nothing around them; past 64 bits, the largest.
+  const struct {
+    const char* text;
+    bool ok;
+    unsigned long long value;
+  } kNumbers[] = {{"0", true, 0},
+                  {"4096", true, 4096},
+                  {"0x1F", true, 31},
+                  {"0X1f", true, 31},
+                  {"0x", false, 0},
+                  {"", false, 0},
+                  {" 1", false, 0},
+                  {"1a", false, 0},
+                  {"-1", false, 0},
+                  {"0xg", false, 0},
+                  {"99999999999999999999999", true, ~0ULL}};
+  for (const auto& n : kNumbers) {
+    unsigned long long value = 0;
+    EXPECT_EQ(readWholeNumber(n.text, value), n.ok) << n.text;
+    if (n.ok) {
+      EXPECT_EQ(value, n.value) << n.text;
+    }
+  }
 }
 
 } // namespace
