@@ -72,9 +72,8 @@ void cRulesDocument::setPath(const std::string& path) {
 }
 
 void cRulesDocument::commit(cEditHistory::tStep step) {
-  const bool was = saved();
+  const sSavedWatch watch{*this};
   myHistory.add(std::move(step));
-  notifyIf(was != saved());
 }
 
 void cRulesDocument::commit(tChange change) {
@@ -91,40 +90,29 @@ template <class Edit> bool cRulesDocument::editContent(cScanSignature* sig, Edit
   } else {
     // A rule that no longer compiles cannot be copied: the edit stands, but the steps
     // before it can no longer be undone to a faithful state.
-    const bool was = saved();
+    const sSavedWatch watch{*this};
     myHistory.clear(false);
-    notifyIf(was);
   }
   return true;
 }
 
 // ---- history ------------------------------------------------------------------------------
 
-bool cRulesDocument::undo(cScanSignature*& touched) {
-  if (!canUndo()) return false;
-  const bool was = saved();
-  touched = myHistory.undo(myTree);
-  notifyIf(was != saved());
-  return true;
-}
-
-bool cRulesDocument::redo(cScanSignature*& touched) {
-  if (!canRedo()) return false;
-  const bool was = saved();
-  touched = myHistory.redo(myTree);
-  notifyIf(was != saved());
+bool cRulesDocument::travel(bool redo, cScanSignature*& touched) {
+  if (!(redo ? canRedo() : canUndo())) return false;
+  const sSavedWatch watch{*this};
+  touched = redo ? myHistory.redo(myTree) : myHistory.undo(myTree);
   return true;
 }
 
 // ---- files --------------------------------------------------------------------------------
 
 void cRulesDocument::clear() {
-  const bool was = saved();
+  const sSavedWatch watch{*this};
   myHistory.clear(true);
   myTree.destroy();
   myForm = rfBinary;
   setPath("");
-  notifyIf(!was);
 }
 
 sRulesFileResult cRulesDocument::open(const char* path) {
@@ -132,13 +120,12 @@ sRulesFileResult cRulesDocument::open(const char* path) {
   eRulesForm form = rfBinary;
   sRulesFileResult result = loadRulesFile(path, read, &form);
   if (result.outcome == sRulesFileResult::roCannotOpen) return result;
-  const bool was = saved();
+  const sSavedWatch watch{*this};
   myHistory.clear(result.ok());
   myTree.destroy();
   while (cTreeItem* top = read.first()) myTree.cTree::add(nullptr, read.remove(top));
   myForm = form;
   setPath(result.ok() ? path : "");
-  notifyIf(was != saved());
   return result;
 }
 
@@ -152,10 +139,9 @@ sRulesFileResult cRulesDocument::merge(const char* path) {
     auto* sig = static_cast<cScanSignature*>(myTree.cTree::add(nullptr, read.remove(top)));
     step.push_back(tChange::placed(sig));
   }
-  const bool was = saved();
+  const sSavedWatch watch{*this};
   myHistory.add(std::move(step));
   if (wasEmpty && result.ok()) myHistory.markSaved(); // as if it had been opened
-  notifyIf(was != saved());
   return result;
 }
 
@@ -163,11 +149,10 @@ sRulesFileResult cRulesDocument::save(const char* path) {
   const eRulesForm form = rulesFormOf(path) == rfText ? rfText : myForm;
   sRulesFileResult result = saveRulesFile(path, myTree, form);
   if (!result.ok()) return result;
+  const sSavedWatch watch{*this};
   myForm = form;
   setPath(path);
-  const bool was = saved();
   myHistory.markSaved();
-  notifyIf(!was);
   return result;
 }
 

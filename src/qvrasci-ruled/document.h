@@ -37,8 +37,8 @@ public:
   bool canRedo() const { return myHistory.canRedo(); }
   // Undoes or redoes the last step; false when there is none. touched receives the
   // definition the step changed, or where it was (null: the top level).
-  bool undo(cScanSignature*& touched);
-  bool redo(cScanSignature*& touched);
+  bool undo(cScanSignature*& touched) { return travel(false, touched); }
+  bool redo(cScanSignature*& touched) { return travel(true, touched); }
 
   // --- files (an open or a new set starts a new history)
   // An empty set, with no file.
@@ -108,7 +108,14 @@ public:
 
 private:
   using tChange = cEditHistory::cChange;
+  // Tells the listener, as it goes, when the saved flag changed while it stood.
+  struct sSavedWatch {
+    cRulesDocument& doc;
+    const bool was = doc.saved();
+    ~sSavedWatch() { doc.notifyIf(was != doc.saved()); }
+  };
 
+  bool travel(bool redo, cScanSignature*& touched);
   // Runs edit, which says whether it changed sig's names, modes or rules, as one step.
   template <class Edit> bool editContent(cScanSignature* sig, Edit edit);
   // Adds a step done; the listener hears when the set stops being saved.
