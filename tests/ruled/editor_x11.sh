@@ -76,6 +76,16 @@ saveAs() {
   gone '^Save file$'
   written "$1"
 }
+# Starts the editor with the arguments given, in the test's home, and waits for its window:
+# pid and wid name them; what went wrong says why.
+startEditor() {
+  local why=$1
+  shift
+  HOME=$home "$editor" "$@" >"$log" 2>&1 &
+  pid=$!
+  wid=$(window "$main")
+  [[ -n "$wid" ]] || fail "no window $why"
+}
 # Clicks at x, y in the main window's client area.
 clickAt() { xdotool mousemove $((X + $1)) $((Y + $2)) click "${3:-1}"; }
 # Asks the window manager to close the window and waits for the editor's status.
@@ -96,10 +106,7 @@ HOME=$home DISPLAY=:9876 "$editor" 2>"$log" || status=$?
 [[ ! -e "$home/.qvraci-ruled" ]] || { echo "configuration touched without a display"; exit 1; }
 
 # The window, its configuration, About and the close request.
-HOME=$home "$editor" >"$log" 2>&1 &
-pid=$!
-wid=$(window "$main")
-[[ -n "$wid" ]] || fail "no window"
+startEditor ""
 [[ -s "$home/.qvraci-ruled/.qvraci-ruled.hbin" ]] || fail "no configuration file"
 sleep 0.3
 eval "$(xdotool getwindowgeometry --shell "$wid")"
@@ -119,10 +126,7 @@ closeEditor "$wid"
 work=$home/work
 mkdir -p "$work"
 cp "$sample" "$work/in.qrrs"
-HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
-pid=$!
-wid=$(window "$main")
-[[ -n "$wid" ]] || fail "no window for a rules file"
+startEditor "for a rules file" "$work/in.qrrs"
 sleep 0.5
 import -window root "$out/ruled-x11-main.png"
 # The tree has the focus: down to "Windows icon, one image", below its parent.
@@ -171,9 +175,7 @@ grep -A3 '^  JPEG image' <<<"$shown" | grep -q "start: Advanced/HEX: 'QVTEST' 00
 
 # A damaged file: the error, then what could be read, saved again to prove it is there.
 head -c 3000 "$sample" >"$work/cut.qrrs"
-HOME=$home "$editor" "$work/cut.qrrs" >"$log" 2>&1 &
-pid=$!
-wid=$(window "$main")
+startEditor "for a damaged file" "$work/cut.qrrs"
 error=$(window '^Error$')
 [[ -n "$error" ]] || fail "no error for a damaged file"
 focused "$error"
@@ -185,10 +187,7 @@ closeEditor "$wid"
 shown=$("$rules" show "$work/partial.qrrs")
 grep -q '^  JPEG image' <<<"$shown" || fail "nothing of the damaged file kept"
 # A delete undone: the set saves to the same bytes.
-HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
-pid=$!
-wid=$(window "$main")
-[[ -n "$wid" ]] || fail "no window for the undo"
+startEditor "for the undo" "$work/in.qrrs"
 focused "$wid"
 xdotool key --delay 50 Down Delete
 question=$(window '^(Warning|Confirm)$')
@@ -269,10 +268,7 @@ fi
 # Ended from outside: SIGTERM, or the window destroyed by another client (a crashed window
 # manager, xdotool windowclose), ends the editor within a moment with status 0.
 for how in term destroy; do
-  HOME=$home "$editor" "$work/in.qrrs" >"$log" 2>&1 &
-  pid=$!
-  wid=$(window "$main")
-  [[ -n "$wid" ]] || fail "no window to end by $how"
+  startEditor "to end by $how" "$work/in.qrrs"
   if [[ $how == term ]]; then kill -TERM "$pid"; else xdotool windowclose "$wid"; fi
   timeout 5 tail --pid="$pid" -f /dev/null || fail "$how did not end the editor"
   status=0
