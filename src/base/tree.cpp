@@ -31,6 +31,21 @@ cTreeItem* cTreeItem::nextInOrder(const cTreeItem* root) const {
   return nullptr;
 }
 
+namespace {
+
+// The deepest last descendant of item, or item itself.
+cTreeItem* deepestLast(cTreeItem* item) {
+  while (item && item->lastChild()) item = item->lastChild();
+  return item;
+}
+
+} // namespace
+
+cTreeItem* cTreeItem::prevInOrder() const {
+  if (myPrev) return deepestLast(myPrev);
+  return parent();
+}
+
 bool cTreeItem::isWithin(const cTreeItem* ancestor) const {
   for (const cTreeItem* p = this; p; p = p->myParent) {
     if (p == ancestor) return true;
@@ -87,6 +102,10 @@ void cTree::destroy() {
     unlink(item);
     delete item;
   }
+}
+
+cTreeItem* cTree::lastInOrder() const {
+  return deepestLast(myRoot.myLastChild);
 }
 
 long long cTree::count() const {

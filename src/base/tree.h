@@ -26,6 +26,8 @@ public:
   int depth() const; // 0 for a top-level item
   // Depth-first, pre-order successor within `root`'s subtree (the whole tree for null).
   cTreeItem* nextInOrder(const cTreeItem* root = nullptr) const;
+  // Its pre-order predecessor in the whole tree; null for the first item.
+  cTreeItem* prevInOrder() const;
   // True when `ancestor` is this item or lies on its parent chain.
   bool isWithin(const cTreeItem* ancestor) const;
 
@@ -61,6 +63,7 @@ public:
 
   cTreeItem* first() const { return myRoot.myFirstChild; }
   cTreeItem* last() const { return myRoot.myLastChild; } // the last top-level item
+  cTreeItem* lastInOrder() const; // the last item depth first; null when empty
   long long topCount() const { return myRoot.myChildCount; }
   long long count() const; // all items
 

@@ -16,16 +16,6 @@ void lowered(const char* utf8, long long len, std::vector<unsigned short>& out) 
   for (unsigned short& u : out) u = __acp_lower(u);
 }
 
-const cTreeItem* lastInOrder(const cTreeItem* item) {
-  while (item && item->lastChild()) item = item->lastChild();
-  return item;
-}
-
-const cTreeItem* prevInOrder(const cTreeItem* item) {
-  if (item->prev()) return lastInOrder(item->prev());
-  return item->parent();
-}
-
 } // namespace
 
 cDefinitionFinder::cDefinitionFinder(std::string_view text) {
@@ -46,8 +36,8 @@ const cScanSignature* cDefinitionFinder::next(const cCustomSignaturesTree& tree,
                                               bool includeFrom) const {
   if (empty() || !tree.first()) return nullptr;
   auto step = [&](const cTreeItem* i) -> const cTreeItem* {
-    const cTreeItem* n = backward ? prevInOrder(i) : i->nextInOrder();
-    return n ? n : backward ? lastInOrder(tree.last()) : tree.first();
+    const cTreeItem* n = backward ? i->prevInOrder() : i->nextInOrder();
+    return n ? n : backward ? tree.lastInOrder() : tree.first();
   };
   const cTreeItem* first = !from ? tree.first() : includeFrom ? from : step(from);
   // Every node once, from the first round to it.

@@ -155,6 +155,13 @@ TEST(Tree, BuildsWalksMovesAndOwns) {
     EXPECT_EQ(outline(t), "b .a1 ..a1x a .a2 ");
     EXPECT_TRUE(t.move(b, nullptr, t.last()));
     EXPECT_EQ(t.last(), b);
+    // Backwards, depth first, the same items in the opposite order.
+    std::vector<cTreeItem*> forward, backward;
+    for (cTreeItem* i = t.first(); i; i = i->nextInOrder()) forward.push_back(i);
+    for (cTreeItem* i = t.lastInOrder(); i; i = i->prevInOrder())
+      backward.insert(backward.begin(), i);
+    EXPECT_EQ(backward, forward);
+    EXPECT_EQ(cTree().lastInOrder(), nullptr);
 
     auto detached = t.remove(b);
     ASSERT_TRUE(detached);
